@@ -1,0 +1,191 @@
+// The system's operations on Linux.
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <link.h>
+#include <sys/stat.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <cstring>
+#include <new>
+#include <string_view>
+#include <vector>
+
+#include "platform/system.h"
+
+namespace zant::system {
+
+namespace {
+
+// The handle of a module in the process, with the reference that dlopen takes given back. The main program's name
+// is the empty text.
+void* handleOfLoaded(const char* name) noexcept {
+    void* handle = dlopen(*name == '\0' ? nullptr : name, RTLD_LAZY | RTLD_NOLOAD);
+    if (handle != nullptr) dlclose(handle);
+    return handle;
+}
+
+int countModule(dl_phdr_info*, size_t, void* count) {
+    ++*static_cast<size_t*>(count);
+    return 0;
+}
+
+struct NameCollection {
+    std::vector<std::string> names;
+    bool failed = false;
+};
+
+int collectName(dl_phdr_info* info, size_t, void* collection) {
+    auto* names = static_cast<NameCollection*>(collection);
+    try {
+        names->names.emplace_back(info->dlpi_name != nullptr ? info->dlpi_name : "");
+        return 0;
+    } catch (const std::bad_alloc&) {
+        names->failed = true;  // no exception may cross the loader's lock
+        return 1;
+    }
+}
+
+std::optional<std::vector<std::string>> moduleNames() noexcept {
+    NameCollection collection;
+    dl_iterate_phdr(collectName, &collection);
+    if (collection.failed) return std::nullopt;
+    return std::move(collection.names);
+}
+
+std::string_view baseName(std::string_view path) noexcept {
+    return path.substr(path.rfind('/') + 1);
+}
+
+bool isListed(void* module) noexcept {
+    const auto names = moduleNames();
+    return names && std::any_of(names->begin(), names->end(),
+                                [module](const std::string& name) { return handleOfLoaded(name.c_str()) == module; });
+}
+
+class OpenFile {
+public:
+    // Without waiting for the other end of a pipe; what is not a regular file is refused afterwards.
+    explicit OpenFile(const char* path) noexcept : m_descriptor(open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {}
+    ~OpenFile() {
+        if (m_descriptor >= 0) close(m_descriptor);
+    }
+    OpenFile(const OpenFile&) = delete;
+    OpenFile& operator=(const OpenFile&) = delete;
+
+    bool regularFileSize(size_t& size) const noexcept {
+        struct stat status {};
+        if (m_descriptor < 0 || fstat(m_descriptor, &status) != 0 || !S_ISREG(status.st_mode)) return false;
+        size = static_cast<size_t>(status.st_size);
+        return true;
+    }
+
+    // Reads until size bytes or the file's end; false on an error.
+    bool readUpTo(char* buffer, size_t size, size_t& count) const noexcept {
+        count = 0;
+        while (count < size) {
+            const ssize_t got = ::read(m_descriptor, buffer + count, size - count);
+            if (got < 0 && errno == EINTR) continue;
+            if (got < 0) return false;
+            if (got == 0) break;
+            count += static_cast<size_t>(got);
+        }
+        return true;
+    }
+
+private:
+    int m_descriptor;
+};
+
+}  // namespace
+
+void* mainModule() noexcept {
+    return handleOfLoaded("");
+}
+
+// RTLD_LOCAL always: which modules a default search sees is the shim's own affair, and the process's namespace
+// stays as the host made it.
+void* loadModule(const char* path) noexcept {
+    return dlopen(path, RTLD_NOW | RTLD_LOCAL);
+}
+
+void* findLoadedModule(const char* name) noexcept {
+    if (void* handle = handleOfLoaded(name)) return handle;
+    // A module loaded by path is also known by its bare file name.
+    if (std::strchr(name, '/') != nullptr) return nullptr;
+    const auto names = moduleNames();
+    if (!names) return nullptr;
+    const auto found =
+        std::find_if(names->begin(), names->end(), [name](const std::string& path) { return baseName(path) == name; });
+    return found == names->end() || found->empty() ? nullptr : handleOfLoaded(found->c_str());
+}
+
+bool unloadModule(void* module) noexcept {
+    return isListed(module) && dlclose(module) == 0;
+}
+
+void* resolveSymbol(void* module, const char* name) noexcept {
+    void* address = dlsym(module, name);
+    if (address == nullptr) return nullptr;
+    // dlsym goes on into the module's dependencies; a hit there is another module's symbol.
+    Dl_info info{};
+    link_map* owner = nullptr;
+    if (dladdr1(address, &info, reinterpret_cast<void**>(&owner), RTLD_DL_LINKMAP) == 0) return nullptr;
+    link_map* own = nullptr;
+    if (dlinfo(module, RTLD_DI_LINKMAP, static_cast<void*>(&own)) != 0) return nullptr;
+    return owner == own ? address : nullptr;
+}
+
+std::optional<size_t> countModules() noexcept {
+    size_t count = 0;
+    dl_iterate_phdr(countModule, &count);
+    return count;
+}
+
+std::optional<size_t> listModules(void** modules, size_t capacity) noexcept {
+    const auto names = moduleNames();
+    if (!names) return std::nullopt;
+    size_t count = 0;
+    for (const std::string& name : *names) {
+        if (count == capacity) break;
+        // The kernel's own page is listed and cannot be opened.
+        if (void* handle = handleOfLoaded(name.c_str())) modules[count++] = handle;
+    }
+    return count;
+}
+
+bool moduleFileOfAddress(const void* address, std::string& path) {
+    Dl_info info{};
+    link_map* owner = nullptr;
+    if (dladdr1(address, &info, reinterpret_cast<void**>(&owner), RTLD_DL_LINKMAP) == 0 || owner == nullptr) {
+        return false;
+    }
+    // The main program has no name in the loader's list, and a module loaded by a relative path keeps that.
+    const char* name = *owner->l_name == '\0' ? "/proc/self/exe" : owner->l_name;
+    char absolute[PATH_MAX];
+    path = realpath(name, absolute) != nullptr ? absolute : owner->l_name;
+    return true;
+}
+
+ReadFileStatus readWholeFile(const char* path, size_t maxSize, FileContents& contents) noexcept {
+    const OpenFile file(path);
+    size_t size = 0;
+    if (!file.regularFileSize(size)) return ReadFileStatus::cannotOpen;
+    if (size > maxSize) return ReadFileStatus::noMemory;
+    contents.text.reset(new (std::nothrow) char[size + 1]);
+    if (contents.text == nullptr) return ReadFileStatus::noMemory;
+    if (!file.readUpTo(contents.text.get(), size, contents.size)) return ReadFileStatus::cannotOpen;
+    contents.text[contents.size] = '\0';
+    return ReadFileStatus::ok;
+}
+
+uint64_t wallClockNs() noexcept {
+    timespec now{};
+    clock_gettime(CLOCK_REALTIME, &now);
+    return static_cast<uint64_t>(now.tv_sec) * 1'000'000'000U + static_cast<uint64_t>(now.tv_nsec);
+}
+
+}  // namespace zant::system
