@@ -1,0 +1,192 @@
+#include <charconv>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+#include "config/config_parser.h"
+#include "config/section_walk.h"
+
+namespace zant::kor {
+
+namespace {
+
+// Groups that a document may ask for; an index beyond counts as one that cannot be grown to, so that a number in a
+// member name never decides how much memory is taken.
+constexpr uint32_t MAX_PRELOAD_GROUPS = 65536;
+
+// "context" is an array of items or a single object; the object's member names are no index, so that it makes one
+// record at index 0.
+struct ContextWalk {
+    static constexpr KeyWord sectionWord = word("context");
+    static constexpr KeyElement element = KeyElement::context;
+
+    SectionRecords<KORContextConfig> records;
+
+    KORContextConfig& inForce() const { return records.inForce(); }
+    bool handle(const FlatKey& key);
+};
+
+const void* asHandle(uint64_t groupId) {
+    return reinterpret_cast<const void*>(static_cast<uintptr_t>(groupId));
+}
+
+bool readGroupId(ContextWalk& walk, const FlatKey& key, const char*) {
+    const uint32_t value = getUint32(key);
+    KORContextConfig& context = walk.inForce();
+    context.groupId = value;
+    if (value == 0) context.partOfNewGroup = true;
+    ZANT_LOG_INFO("Key: group_id: %p, is part of new group? %d", asHandle(context.groupId),
+                  static_cast<int>(context.partOfNewGroup));
+    return true;
+}
+
+// Both words are looked for: a key that holds both counts twice.
+bool readConcurrentGroup(ContextWalk& walk, const FlatKey& key, const char*) {
+    if (key.holds(word("group_id"))) {
+        const uint32_t value = getUint32(key);
+        KORContextConfig& context = walk.inForce();
+        context.concurrentGroupId = value;
+        if (value == 0) context.concurrentPartOfNewGroup = true;
+        ZANT_LOG_INFO("concurrent_group_registration - Key: group_id: %p, is part of new group? %d",
+                      asHandle(context.concurrentGroupId), static_cast<int>(context.concurrentPartOfNewGroup));
+    }
+    if (key.holds(word("max_spill_fill_buffer_for_group"))) {
+        const uint64_t value = getUint64(key);
+        walk.inForce().concurrentMaxSpillFillBufferForGroup = value;
+        ZANT_LOG_INFO("concurrent_group_registration - Key: max_spill_fill_buffer_for_group: %d",
+                      static_cast<int>(value));
+    }
+    return true;
+}
+
+bool readFileReadMemoryBudget(ContextWalk& walk, const FlatKey& key, const char*) {
+    const uint64_t value = getUint64(key);
+    KORContextConfig& context = walk.inForce();
+    context.fileReadMemoryBudgetInMb = value;
+    context.fileReadMemoryBudgetSet = true;
+    ZANT_LOG_INFO("Key: file_read_memory_budget_in_mb: %d", static_cast<int>(value));
+    return true;
+}
+
+bool readExtendedUdma(ContextWalk& walk, const FlatKey& key, const char*) {
+    const bool value = getBool(key);
+    KORContextConfig& context = walk.inForce();
+    context.extendedUdma = value;
+    context.extendedUdmaSet = true;
+    ZANT_LOG_INFO("Key: extended_udma, Value: %d", static_cast<int>(value));
+    return true;
+}
+
+void addToPreloadGroup(KORContextConfig& context, std::string_view digits, const FlatKey& key) {
+    uint32_t group = 0;
+    const auto read = std::from_chars(digits.data(), digits.data() + digits.size(), group);
+    if (read.ec != std::errc() || group >= MAX_PRELOAD_GROUPS) throw std::out_of_range("group index");
+    auto& groups = context.loraPreloadBufferGroups;
+    if (groups.size() <= group) groups.resize(size_t{group} + 1);
+    const std::string& name = groups[group].emplace_back(getString(key));
+    ZANT_LOG_INFO("Key: lora_preload_buffer_group[%u] += %s", static_cast<unsigned>(group), name.c_str());
+}
+
+// A key ends in <word>/<group>/<position>; strings are appended in document order, whatever the position says.
+bool readLoraPreloadBufferGroup(ContextWalk& walk, const FlatKey& key, const char*) {
+    constexpr std::string_view prefix = "lora_preload_buffer_group/";
+    const std::string text = key.text();
+    const size_t found = text.find(prefix);
+    if (found == std::string::npos) return true;
+    const std::string_view behind = std::string_view(text).substr(found + prefix.size());
+    const size_t slash = behind.find('/');
+    if (slash == std::string_view::npos) return true;
+    const std::string_view digits = behind.substr(0, slash);
+    const bool isIndex = !digits.empty() && digits.find_first_not_of("0123456789") == std::string_view::npos;
+    try {
+        if (!isIndex) throw std::invalid_argument("group index");
+        addToPreloadGroup(walk.inForce(), digits, key);
+    } catch (const std::exception&) {
+        ZANT_LOG_ERROR("Invalid lora_preload_buffer_group index in key: %s", text.c_str());
+    }
+    return true;
+}
+
+bool readGraphSplittingConfigs(ContextWalk& walk, const FlatKey& key, const char*) {
+    if (key.holds(word("graph_splitting_enabled"))) {
+        const bool value = getBool(key);
+        KORContextConfig& context = walk.inForce();
+        context.graphSplittingEnabled = value;
+        context.graphSplittingConfigured = true;
+        ZANT_LOG_INFO("Key: graph_splitting_configs/graph_splitting_enabled, Value: %s", boolWord(value));
+    } else if (key.holds(word("num_prepare_threads"))) {
+        const bool isText = getValueType(key) == KORValueType::string;
+        const uint32_t value = isText ? PREPARE_THREADS_AUTO : getUint32(key);
+        walk.inForce().numPrepareThreads = value;
+        ZANT_LOG_INFO("Key: graph_splitting_configs/num_prepare_threads, Value: %u", static_cast<unsigned>(value));
+    }
+    return true;
+}
+
+// The deprecated place of the key gives way to the new one, whatever their order.
+bool readDeprecatedGraphSplitting(ContextWalk& walk, const FlatKey& key, const char*) {
+    ZANT_LOG_WARN(
+        "Found deprecated graph_splitting_enabled config. Use graph_splitting_configs/graph_splitting_enabled "
+        "instead.");
+    const bool value = getBool(key);
+    KORContextConfig& context = walk.inForce();
+    if (context.graphSplittingConfigured) return true;
+    context.graphSplittingEnabled = value;
+    ZANT_LOG_INFO("Key: graph_splitting_enabled (deprecated), Value: %s", boolWord(value));
+    return true;
+}
+
+using Context = KORContextConfig;
+
+template <auto Field>
+consteval ChainRow<ContextWalk> flag(KeyWord word, const char* line) {
+    return row<ContextWalk, BoolTo<Field>>(word, line);
+}
+
+constexpr auto CONTEXT_ROWS = std::to_array<ChainRow<ContextWalk>>({
+    row<ContextWalk, StringTo<&Context::contextKey>>(word("contextKey"), "Key: contextKey, Value : %s"),
+    row<ContextWalk, BoolWordTo<&Context::referenceWeightSharingEnabled>>(
+        word("reference_weight_sharing_enabled"), "Key: reference_weight_sharing_enabled, Value: %s"),
+    row<ContextWalk, BoolWordTo<&Context::weightSharingEnabled>>(word("weight_sharing_enabled"),
+                                                                 "Key: Weight Sharing, Value: %s"),
+    row<ContextWalk>(word("concurrent_group_registration"), readConcurrentGroup),
+    row<ContextWalk>(word("group_id"), readGroupId),
+    row<ContextWalk, Uint64To<&Context::maxSpillFillBufferForGroup>>(word("max_spill_fill_buffer_for_group"),
+                                                                     "Key: max_spill_fill_buffer_for_group: %d"),
+    row<ContextWalk>(word("file_read_memory_budget_in_mb"), readFileReadMemoryBudget),
+    flag<&Context::dspMemoryProfilingEnabled>(word("dsp_memory_profiling_enabled"),
+                                              "Key: dsp_memory_profiling_enabled: %d"),
+    flag<&Context::ioMemoryEstimation>(word("io_memory_estimation"), "Key: io_memory_estimation: %d"),
+    flag<&Context::prepareOnly>(word("prepare_only"), "Key: prepare_only: %d"),
+    flag<&Context::initAcceleration>(word("init_acceleration"), "Key: init_acceleration: %d"),
+    flag<&Context::skipValidationOnBinarySection>(word("skip_validation_on_binary_section"),
+                                                  "Key: skip_validation_on_binary_section: %d"),
+    row<ContextWalk>(word("extended_udma"), readExtendedUdma),
+    flag<&Context::loraWeightSharingRamPreload>(word("lora_weight_sharing_ram_preload"),
+                                                "Key: Lora Weight Sharing Ram Preload, Value: %d"),
+    row<ContextWalk>(word("lora_preload_buffer_group"), readLoraPreloadBufferGroup),
+    flag<&Context::loraWeightSharing>(word("lora_weight_sharing"), "Key: Lora Weight Sharing, Value: %d"),
+    flag<&Context::detachableBuffersEnabled>(word("detachable_buffers_enabled"),
+                                             "Key: Detachable buffers enabled, Value: %d"),
+    flag<&Context::hardDetachEnabled>(word("hard_detach_enabled"), "Key: Hard detach enabled, Value: %d"),
+    row<ContextWalk, LongTo<&Context::reusedIoLimitMb>>(word("reused_io_limit_mb"), "Key: reused_io_limit_mb: %lu"),
+    row<ContextWalk>(word("graph_splitting_configs"), readGraphSplittingConfigs),
+    row<ContextWalk>(word("graph_splitting_enabled"), readDeprecatedGraphSplitting),
+    row<ContextWalk, StringTo<&Context::concurrentDeserializationPatch>>(
+        word("concurrent_deserialization_patch"), "Key: Concurrent Deserialization Patch, Value: %s"),
+});
+
+// A key that no row knows is ignored without a line.
+bool ContextWalk::handle(const FlatKey& key) {
+    const ChainRow<ContextWalk>* hit = firstHit(CONTEXT_ROWS, key);
+    return hit == nullptr || hit->apply(*this, key, hit->line);
+}
+
+}  // namespace
+
+bool parseContexts(const FlatKeyList& keys, std::vector<KORContextConfig>& contexts) {
+    ContextWalk walk{SectionRecords<KORContextConfig>(contexts)};
+    return walkSection(keys, walk);
+}
+
+}  // namespace zant::kor

@@ -1,0 +1,209 @@
+// The walk that the sections devices, graphs and context share, and the rows of their chains of words.
+//
+// A section goes through all flat keys and takes those that hold its word. The key's index settles which record is
+// in force, then a chain decides: the first row whose word the key holds acts.
+#pragma once
+
+#include <cstdint>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "config/flat_keys.h"
+#include "config/typed_access.h"
+#include "platform/logger.h"
+
+namespace zant::kor {
+
+// A section's records and the one in force.
+template <class Record>
+class SectionRecords {
+public:
+    explicit SectionRecords(std::vector<Record>& records) : m_records(records) {}
+
+    // Takes the index behind the section's word, or behind the first element when no element is that word. A rise
+    // above the highest index so far appends one record, whatever the rise.
+    void settle(const FlatKey& key, KeyElement section) {
+        const IndexElement index = key.afterOrSecond(section);
+        if (index.isDigits()) m_current = index.toIndex();
+        if (m_current > m_highest) {
+            m_highest = m_current;
+            m_records.emplace_back();
+        }
+    }
+
+    int32_t index() const noexcept { return m_current; }
+
+    // A document whose items before this one gave no key has fewer records than indexes: that ends the load.
+    Record& inForce() const {
+        const auto index = static_cast<size_t>(m_current);
+        if (index >= m_records.size()) throw std::out_of_range("invalid vector subscript");
+        return m_records[index];
+    }
+
+private:
+    std::vector<Record>& m_records;
+    int32_t m_current = 0;
+    int32_t m_highest = -1;
+};
+
+// One row of a chain. apply returns false to end the section with a false result; line is the format of what it
+// logs at level 3 with the stored value, null where the action has lines of its own.
+template <class Walk>
+struct ChainRow {
+    KeyWord word;
+    bool (*apply)(Walk& walk, const FlatKey& key, const char* line);
+    const char* line;
+};
+
+// Whether a printf format holds just this one conversion, such as "d" or "lu".
+consteval bool hasConversion(std::string_view format, std::string_view conversion) {
+    const size_t percent = format.find('%');
+    if (percent == std::string_view::npos) return false;
+    const std::string_view behind = format.substr(percent + 1);
+    return behind.starts_with(conversion) && behind.find('%') == std::string_view::npos;
+}
+
+// A row whose action stores one value and logs it: the format has to hold the one conversion that the action's
+// argument is cast to, or the row does not compile.
+template <class Walk, class Action>
+consteval ChainRow<Walk> row(KeyWord word, const char* line) {
+    if (!hasConversion(line, Action::conversion)) throw "the line lacks the conversion of its value";
+    return {word, &Action::template apply<Walk>, line};
+}
+
+// A row whose action has lines of its own, or none.
+template <class Walk>
+consteval ChainRow<Walk> row(KeyWord word, bool (*apply)(Walk&, const FlatKey&, const char*)) {
+    return {word, apply, nullptr};
+}
+
+// The first row whose word the key holds, null for none.
+template <class Rows>
+auto firstHit(const Rows& rows, const FlatKey& key) -> decltype(rows.data()) {
+    for (const auto& row : rows) {
+        if (key.holds(row.word)) return &row;
+    }
+    return nullptr;
+}
+
+inline const char* boolWord(bool value) {
+    return value ? "true" : "false";
+}
+
+// Actions of rows. The value is read before the record in force is looked up.
+template <auto Field>
+struct BoolTo {
+    static constexpr std::string_view conversion = "d";
+    template <class Walk>
+    static bool apply(Walk& walk, const FlatKey& key, const char* line) {
+        const bool value = getBool(key);
+        walk.inForce().*Field = value;
+        ZANT_LOG_INFO(line, static_cast<int>(value));
+        return true;
+    }
+};
+
+template <auto Field>
+struct BoolWordTo {
+    static constexpr std::string_view conversion = "s";
+    template <class Walk>
+    static bool apply(Walk& walk, const FlatKey& key, const char* line) {
+        const bool value = getBool(key);
+        walk.inForce().*Field = value;
+        ZANT_LOG_INFO(line, boolWord(value));
+        return true;
+    }
+};
+
+template <auto Field>
+struct Uint32To {
+    static constexpr std::string_view conversion = "d";
+    template <class Walk>
+    static bool apply(Walk& walk, const FlatKey& key, const char* line) {
+        const uint32_t value = getUint32(key);
+        walk.inForce().*Field = value;
+        ZANT_LOG_INFO(line, static_cast<int>(value));
+        return true;
+    }
+};
+
+template <auto Field>
+struct UnsignedTo {
+    static constexpr std::string_view conversion = "u";
+    template <class Walk>
+    static bool apply(Walk& walk, const FlatKey& key, const char* line) {
+        const uint32_t value = getUint32(key);
+        walk.inForce().*Field = value;
+        ZANT_LOG_INFO(line, static_cast<unsigned>(value));
+        return true;
+    }
+};
+
+template <auto Field>
+struct Uint64To {
+    static constexpr std::string_view conversion = "d";
+    template <class Walk>
+    static bool apply(Walk& walk, const FlatKey& key, const char* line) {
+        const uint64_t value = getUint64(key);
+        walk.inForce().*Field = value;
+        ZANT_LOG_INFO(line, static_cast<int>(value));
+        return true;
+    }
+};
+
+// For lines that print a long: the width of the platform's long decides what is seen of a large value.
+template <auto Field>
+struct LongTo {
+    static constexpr std::string_view conversion = "lu";
+    template <class Walk>
+    static bool apply(Walk& walk, const FlatKey& key, const char* line) {
+        const uint64_t value = getUint64(key);
+        walk.inForce().*Field = value;
+        ZANT_LOG_INFO(line, static_cast<unsigned long>(value));
+        return true;
+    }
+};
+
+template <auto Field>
+struct StringTo {
+    static constexpr std::string_view conversion = "s";
+    template <class Walk>
+    static bool apply(Walk& walk, const FlatKey& key, const char* line) {
+        std::string value = getString(key);
+        std::string& field = walk.inForce().*Field;
+        field = std::move(value);
+        ZANT_LOG_INFO(line, field.c_str());
+        return true;
+    }
+};
+
+// Handles the keys that take(key) accepts with handle(key), which returns false to end the section. A value of the
+// wrong kind ends the section too, with one line; std::out_of_range passes and ends the load.
+template <class Take, class Handle>
+bool walkKeys(const FlatKeyList& keys, Take take, Handle handle) {
+    for (const FlatKey& key : keys) {
+        if (!take(key)) continue;
+        try {
+            if (!handle(key)) return false;
+        } catch (const std::runtime_error& error) {
+            ZANT_LOG_ERROR("Exception occurred: %s", error.what());
+            return false;
+        }
+    }
+    return true;
+}
+
+// The walk itself. Walk has the section's word and element, its records, and handle(key).
+template <class Walk>
+bool walkSection(const FlatKeyList& keys, Walk& walk) {
+    return walkKeys(
+        keys, [](const FlatKey& key) { return key.holds(Walk::sectionWord); },
+        [&walk](const FlatKey& key) {
+            walk.records.settle(key, Walk::element);
+            return walk.handle(key);
+        });
+}
+
+}  // namespace zant::kor
