@@ -1,0 +1,110 @@
+// The object behind the hook table. It owns the config parser, every record and every list handed to the host.
+//
+// The hooks' contracts stand in zelmar_kor/backend_extensions.h. Each group of hooks has a file of its own:
+// provider_binding.cpp, device_hooks.cpp, graph_options.cpp, standby_hooks.cpp; kor_backend.cpp has the rest.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "config/config_parser.h"
+#include "extension/backend_common.h"
+#include "zelmar_kor/custom_configs.h"
+#include "zelmar_kor/provider_record.h"
+
+namespace zant::kor {
+
+class KORBackend : public tools::runhost::BackendCommon {
+public:
+    KORBackend();
+    ~KORBackend() override;
+    KORBackend(const KORBackend&) = delete;
+    KORBackend& operator=(const KORBackend&) = delete;
+
+    bool bindBackendLibrary(void* library) override;
+    bool bindInterfaceProviders(ZantInterfaceGetProviders getProviders) override;
+    bool setPerfProfile(uint32_t profile) override;
+    uint32_t getProfilingLevel() override;
+    bool loadConfig(std::string config) override;
+
+    bool beforeContextCreate(ZantConfigWrapper*** list, uint32_t* count) override;
+    bool afterContextCreate() override;
+    bool beforeGraphsCompose(GraphConfigInfo_t*** list, uint32_t* count) override;
+    bool afterGraphsCompose() override;
+    bool beforeGraphFinalize() override;
+    bool afterGraphFinalize() override;
+    bool reservedTrueHook4() override { return true; }
+    bool reservedTrueHook5() override { return true; }
+    bool beforeGraphExecute(const char* graphName, ZantConfigWrapper*** list, uint32_t* count) override;
+    bool afterGraphExecute() override;
+    bool beforeContextFree(std::vector<void*> contexts) override;
+    bool afterContextFree() override;
+    bool reservedTrueHook6() override { return true; }
+    bool reservedTrueHook7() override { return true; }
+    bool beforeContextCreateFromBinary(ZantConfigWrapper*** list, uint32_t* count) override;
+    bool afterContextCreateFromBinary() override;
+    bool beforeContextCreateFromBinaryList(std::map<std::string, std::pair<uint32_t, ZantConfigWrapper**>>* perContext,
+                                           ZantConfigWrapper*** list, uint32_t* count) override;
+    bool afterContextCreateFromBinaryList() override;
+
+    bool beforeDeviceCreate(ZantConfigWrapper*** list, uint32_t* count) override;
+    bool afterDeviceCreate() override;
+    bool beforeDeviceFree() override;
+    bool reservedTrueHook8() override { return true; }
+    bool reservedFalseHook1() override { return false; }
+    bool reservedFalseHook2() override { return false; }
+    bool reservedFalseHook3() override { return false; }
+    bool reservedFalseHook4() override { return false; }
+    bool setAppType(uint32_t type) override;
+    bool beforeContextApplyBinarySection() override;
+    bool afterContextApplyBinarySection() override;
+    bool reservedFalseHook5() override { return false; }
+    bool setGraphOptions(int32_t index, std::string dspArch, uint32_t spadMb, std::string graphName,
+                         uint32_t optimizationLevel, uint32_t dlbc, uint32_t referenceWeightSharing,
+                         uint32_t sluThreads) override;
+    void reservedVoidHook1() override {}
+    bool detachableBuffersEnabled() override;
+    bool enableKorExtension(void* device) override;
+    bool runExtensionTestClient(uint64_t, uint64_t, uint64_t, uint64_t, uint64_t, uint64_t, uint64_t,
+                                uint64_t) override;
+    bool reservedFalseHook6() override { return false; }
+    void reservedVoidHook2() override {}
+    uint64_t getDefaultTimeout() override;
+    uint32_t getCoreId() override;
+
+private:
+    bool parseConfigAndSanitize(const std::string& config);
+    void collectGraphProfiles();
+    KORGraphConfig& graphConfigAt(int32_t index, std::string graphName);
+    bool applyGraphOptions(KORGraphConfig& graph, uint32_t spadMb, uint32_t optimizationLevel, uint32_t dlbc);
+    bool applyReferenceWeightSharing(uint32_t value);
+    void setDeviceArchitecture(int32_t index, const std::string& dspArch);
+    void clearDeviceLists();
+
+    // Three records that the backend may look at after enableKorExtension: hence members.
+    struct ExtensionConfig {
+        KORExtensionSwitch extensionSwitch{};
+        KORExtensionOption option{};
+        ZantConfigWrapper wrapper{};
+    };
+
+    ZantProviderRecord m_interface{};  // valid once a provider was bound
+    std::map<std::string, uint32_t> m_graphPerfProfiles;
+    bool m_perfDriverDisabled = false;
+    uint32_t m_perfProfile = 21;  // 21: no override
+    std::unique_ptr<KORConfigParser> m_configParser;
+    std::vector<KORDeviceConfig> m_deviceConfigs;
+    std::vector<KORDeviceCustomConfig> m_deviceCustomConfigs;
+    ExtensionConfig m_extensionConfig;
+    std::vector<ZantConfigWrapper> m_deviceConfigWrappers;
+    std::vector<ZantConfigWrapper*> m_deviceConfigPtrs;
+    std::vector<KORGraphConfig> m_graphConfigs;
+    KORGroupContextConfig m_groupContextConfig;
+    std::vector<KORContextConfig> m_contextConfigs;
+    KORMemoryConfig m_memoryConfig;
+};
+
+}  // namespace zant::kor
