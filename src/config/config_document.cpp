@@ -1,5 +1,7 @@
 #include "config/config_document.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <cstring>
 #include <utility>
 
@@ -16,61 +18,120 @@ constexpr int MAX_NESTING = 512;
 // The parser keeps an exponent in an int and adds the count of fraction digits to it; nine digits leave room.
 constexpr int MAX_EXPONENT_DIGITS = 9;
 
-const char* skipString(const char* at) {
-    for (++at; *at != '\0' && *at != '"'; ++at) {
-        if (*at == '\\' && at[1] != '\0') ++at;
-    }
-    return *at == '"' ? at + 1 : at;
-}
-
 bool isDigit(char c) {
     return c >= '0' && c <= '9';
 }
 
-// at stands on the first character of a number. Null when the number's exponent is absurd.
-const char* skipNumber(const char* at) {
-    while (isDigit(*at) || *at == '-' || *at == '+' || *at == '.') ++at;
-    if (*at != 'e' && *at != 'E') return at;
-    ++at;
-    if (*at == '+' || *at == '-') ++at;
-    while (*at == '0') ++at;
-    const char* first = at;
-    while (isDigit(*at)) ++at;
-    return at - first > MAX_EXPONENT_DIGITS ? nullptr : at;
+// Behind the string that begins at at.
+const char* skipString(const char* at, const char* end) {
+    for (++at; at != end && *at != '"'; ++at) {
+        if (*at == '\\' && at + 1 != end) ++at;
+    }
+    return at == end ? end : at + 1;
 }
 
-// Refuses what would overflow the parser, before it sees the text. Both limits read as "not valid JSON".
-bool withinParserLimits(const char* at) {
-    int nesting = 0;
-    while (*at != '\0') {
-        const char c = *at;
-        if (c == '"') {
-            at = skipString(at);
-        } else if (isDigit(c) || c == '-') {
-            at = skipNumber(at);
-            if (at == nullptr) return false;
+// Whether the digits that begin at first are those of an exponent that is too long.
+bool isAbsurdExponent(const char* text, const char* first, const char* last) {
+    while (first != last && *first == '0') ++first;
+    if (last - first <= MAX_EXPONENT_DIGITS) return false;
+    while (first != text && (isDigit(first[-1]) || first[-1] == '+' || first[-1] == '-')) --first;
+    return first != text && (first[-1] == 'e' || first[-1] == 'E');
+}
+
+// Goes through the whole text, since digits in a string are no exponent.
+bool hasAbsurdExponent(const char* text, const char* end) {
+    for (const char* at = text; at < end;) {
+        if (*at == '"') {
+            at = skipString(at, end);
+        } else if (isDigit(*at)) {
+            const char* first = at;
+            while (at != end && isDigit(*at)) ++at;
+            if (isAbsurdExponent(text, first, at)) return true;
         } else {
-            if (c == '{' || c == '[') {
-                if (++nesting > MAX_NESTING) return false;
-            } else if (c == '}' || c == ']') {
-                --nesting;
-            }
             ++at;
         }
     }
-    return true;
+    return false;
 }
+
+// An exponent that is too long has so many digits that one of every MAX_EXPONENT_DIGITS + 1 characters is one of
+// them: of most texts only that many are looked at.
+bool mayHaveAbsurdExponent(const char* text, const char* end) {
+    constexpr ptrdiff_t stride = MAX_EXPONENT_DIGITS + 1;
+    for (const char* at = text + stride - 1; at < end; at += stride) {
+        if (!isDigit(*at)) continue;
+        const char* first = at;
+        while (first != text && isDigit(first[-1])) --first;
+        const char* last = at;
+        while (last != end && isDigit(*last)) ++last;
+        if (isAbsurdExponent(text, first, last)) return true;
+        at = std::max(at, last - stride);
+    }
+    return false;
+}
+
+// Passes the parser's events on to the tree, stops it at absurd nesting and counts the scalars.
+class TreeBuilder {
+public:
+    using Ch = char;
+
+    explicit TreeBuilder(JsonTree& tree) : m_tree(tree) {}
+
+    bool Null() { return m_tree.Null(); }
+    bool Bool(bool value) { return count() && m_tree.Bool(value); }
+    bool Int(int value) { return count() && m_tree.Int(value); }
+    bool Uint(unsigned value) { return count() && m_tree.Uint(value); }
+    bool Int64(int64_t value) { return count() && m_tree.Int64(value); }
+    bool Uint64(uint64_t value) { return count() && m_tree.Uint64(value); }
+    bool Double(double value) { return count() && m_tree.Double(value); }
+    bool String(const char* text, rapidjson::SizeType length, bool copy) {
+        return count() && m_tree.String(text, length, copy);
+    }
+    bool Key(const char* text, rapidjson::SizeType length, bool copy) { return m_tree.Key(text, length, copy); }
+    // The parser's form for numbers kept as text, which is not asked for.
+    bool RawNumber(const char* text, rapidjson::SizeType length, bool copy) { return String(text, length, copy); }
+    bool StartObject() { return ++m_nesting <= MAX_NESTING && m_tree.StartObject(); }
+    bool StartArray() { return ++m_nesting <= MAX_NESTING && m_tree.StartArray(); }
+    bool EndObject(rapidjson::SizeType count) {
+        --m_nesting;
+        return m_tree.EndObject(count);
+    }
+    bool EndArray(rapidjson::SizeType count) {
+        --m_nesting;
+        return m_tree.EndArray(count);
+    }
+
+    size_t scalarCount() const { return m_scalarCount; }
+
+private:
+    bool count() {
+        ++m_scalarCount;
+        return true;
+    }
+
+    JsonTree& m_tree;
+    int m_nesting = 0;
+    size_t m_scalarCount = 0;
+};
 
 }  // namespace
 
 bool ConfigDocument::parse(std::unique_ptr<char[]> text, size_t size) {
     m_text = std::move(text);
-    if (size > MAX_DOCUMENT_BYTES || !withinParserLimits(m_text.get())) {
-        m_tree.SetNull();
-        return false;
-    }
-    m_tree.ParseInsitu(m_text.get());
-    return !m_tree.HasParseError();
+    m_tree.SetNull();
+    const char* end = m_text.get() + size;
+    if (size > MAX_DOCUMENT_BYTES) return false;
+    if (mayHaveAbsurdExponent(m_text.get(), end) && hasAbsurdExponent(m_text.get(), end)) return false;
+    rapidjson::GenericReader<JsonEncoding, JsonEncoding, ThrowingAllocator> reader;
+    rapidjson::GenericInsituStringStream<JsonEncoding> stream(m_text.get());
+    const auto build = [&](JsonTree& tree) {
+        TreeBuilder builder(tree);
+        const bool parsed = !reader.Parse<rapidjson::kParseInsituFlag>(stream, builder).IsError();
+        m_scalarCount = builder.scalarCount();
+        return parsed;
+    };
+    m_tree.Populate(build);
+    return !reader.HasParseError();
 }
 
 bool loadConfigFile(ConfigDocument& document, const std::string& path) {

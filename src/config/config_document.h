@@ -16,10 +16,13 @@ public:
     bool parse(std::unique_ptr<char[]> text, size_t size);
 
     const JsonValue& root() const noexcept { return m_tree; }
+    // How many booleans, strings and numbers the document holds as values.
+    size_t scalarCount() const noexcept { return m_scalarCount; }
 
 private:
     std::unique_ptr<char[]> m_text;
     JsonTree m_tree;
+    size_t m_scalarCount = 0;
 };
 
 // A document of more bytes is refused: positions and lengths in it need to fit 32 bits with room to spare.

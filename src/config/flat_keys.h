@@ -22,73 +22,100 @@ namespace zant::kor {
 // Elements of the key, cut at each '/' with empty pieces dropped, whose follower the sections want to know.
 enum class KeyElement : uint8_t { devices, graphs, context, custom };
 
-// What follows an element: nothing, a text, or decimal digits with their number.
-struct IndexElement {
-    enum class Kind : uint8_t { none, text, digits, tooLarge };
-    Kind kind = Kind::none;
-    int32_t number = 0;  // for digits
+// What follows an element: nothing, a text, or decimal digits with their number. Four bytes, since every node of
+// every path holds some.
+class IndexElement {
+public:
+    constexpr IndexElement() = default;
+    explicit IndexElement(std::string_view text);
+    static constexpr IndexElement ofIndex(uint32_t index) { return IndexElement(static_cast<int32_t>(index)); }
 
+    bool isNone() const noexcept { return m_code == NONE; }
+    bool isDigits() const noexcept { return m_code >= 0 || m_code == TOO_LARGE; }
     // The number of an element of digits; std::out_of_range when it is too large for a signed 32-bit number.
     int32_t toIndex() const;
-    bool isDigits() const noexcept { return kind == Kind::digits || kind == Kind::tooLarge; }
+
+private:
+    static constexpr int32_t NONE = -1;
+    static constexpr int32_t TEXT = -2;
+    static constexpr int32_t TOO_LARGE = -3;
+
+    constexpr explicit IndexElement(int32_t code) : m_code(code) {}
+
+    int32_t m_code = NONE;  // the number itself unless negative
 };
+
+struct PathStep;
 
 class KeyElements {
 public:
-    // Adds the elements of one name or index.
-    void addName(std::string_view name);
-    void addIndex(uint32_t index);
+    void addStep(const PathStep& step);
 
-    // The element behind the first one equal to the word; kind none when no such element or nothing behind it.
-    IndexElement after(KeyElement element) const noexcept { return m_follow[static_cast<size_t>(element)].element; }
-    bool has(KeyElement element) const noexcept { return m_follow[static_cast<size_t>(element)].seen; }
+    // The element behind the first one equal to the word; none when there is no such element or nothing behind it.
+    IndexElement after(KeyElement element) const noexcept { return m_after[static_cast<size_t>(element)]; }
+    bool has(KeyElement element) const noexcept { return m_seen[static_cast<size_t>(element)]; }
     // The key's second element.
     IndexElement second() const noexcept { return m_second; }
 
 private:
     void add(std::string_view element, IndexElement index);
 
-    struct Follow {
-        bool seen = false;
-        IndexElement element;
-    };
-    uint32_t m_count = 0;
+    std::array<IndexElement, 4> m_after;
     IndexElement m_second;
-    std::array<Follow, 4> m_follow;
+    std::array<bool, 4> m_seen{};
+    bool m_hasFirst = false;
 };
 
-// One element of the path as the document has it: a member name, or an array index.
+// A member name as one step of a path, with what the search for words does on it from one state. Names recur from
+// item to item, so steps are shared.
+struct NameStep {
+    std::string_view name;
+    uint16_t startState = 0;
+    KeyWordSearch search;               // behind the name; found: the words that end within it
+    const NameStep* sibling = nullptr;  // the same name from another state
+};
+
+// The last step of a path: a member name, or an array index.
 struct PathStep {
     static constexpr uint32_t NO_INDEX = 0xFFFFFFFFU;
-    std::string_view name;
+    const NameStep* name = nullptr;  // for an index a step without text
     uint32_t index = NO_INDEX;
+
+    size_t length() const noexcept;
+    void appendReversedTo(std::string& text) const;
 };
 
-// An object or array on the way to a leaf, with what is known of the key's beginning up to it.
+// The root, or an object or array on the way to a leaf, with what is known of the key's beginning up to it. Text and
+// search include the '/' that stands before each child.
 struct PathNode {
-    const PathNode* parent = nullptr;
+    const PathNode* parent = nullptr;  // null for the root
     PathStep step;
-    size_t textLength = 0;
     KeyWordSearch search;
     KeyElements elements;
+    uint32_t textLength = 0;
 };
 
+// Borrows from the list that it stands in.
 class FlatKey {
 public:
-    FlatKey(const PathNode* parent, PathStep step, size_t textLength, const KeyWordSet& words, const JsonValue* value)
-        : m_parent(parent), m_step(step), m_textLength(textLength), m_words(words), m_value(value) {}
-
-    // A key given as text; value is what findValue gives for it. The text is borrowed.
-    FlatKey(std::string_view text, const JsonValue* value);
+    FlatKey(const PathNode* parent, PathStep step, const JsonValue* value)
+        : m_parent(parent), m_name(step.name), m_index(step.index), m_value(value) {}
 
     std::string text() const;
-    bool isEmpty() const noexcept { return m_textLength == 0; }
-    // Whether the word stands anywhere in the key, and whether it is the whole key.
-    bool holds(KeyWord word) const noexcept { return m_words.has(word); }
-    bool equals(KeyWord word) const noexcept {
-        return holds(word) && KEY_WORDS[static_cast<size_t>(word)].size() == m_textLength;
+    size_t length() const noexcept { return m_parent->textLength + step().length(); }
+    bool isEmpty() const noexcept { return length() == 0; }
+    // The words that stand anywhere in the key.
+    KeyWordSet words() const noexcept {
+        KeyWordSet words = m_parent->search.found;
+        words.add(m_name->search.found);
+        return words;
     }
-    // What follows the first element equal to the word; kind none for nothing, or no such element.
+    bool holds(KeyWord word) const noexcept { return words().has(word); }
+    // Whether the word is the whole key.
+    bool equals(KeyWord word) const noexcept {
+        return holds(word) && KEY_WORDS[static_cast<size_t>(word)].size() == length();
+    }
+    // What follows the first element equal to the word; none for nothing, or no such element.
     IndexElement after(KeyElement element) const;
     // The same, but what follows the first element where no element equals the word.
     IndexElement afterOrSecond(KeyElement element) const;
@@ -96,27 +123,37 @@ public:
     const JsonValue* value() const noexcept { return m_value; }
 
 private:
+    PathStep step() const noexcept { return {m_name, m_index}; }
     KeyElements elements() const;
 
     const PathNode* m_parent;
-    PathStep m_step;
-    size_t m_textLength;
-    KeyWordSet m_words;
+    const NameStep* m_name;
+    uint32_t m_index;
     const JsonValue* m_value;
 };
+
+// A section of the document as a set of keys: those that hold its word, or equal one of its keys. A key may belong to
+// several sections.
+enum class KeySection : uint8_t { devices, graphs, context, groupContext, memory };
 
 // Borrows from the document that it was made of.
 class FlatKeyList {
 public:
-    const std::vector<FlatKey>& keys() const noexcept { return m_keys; }
     auto begin() const noexcept { return m_keys.begin(); }
     auto end() const noexcept { return m_keys.end(); }
     size_t size() const noexcept { return m_keys.size(); }
+    const FlatKey& operator[](size_t position) const noexcept { return m_keys[position]; }
+    // Positions of the section's keys, in document order.
+    const std::vector<uint32_t>& positionsOf(KeySection section) const noexcept {
+        return m_sections[static_cast<size_t>(section)];
+    }
 
 private:
     friend class KeyCollector;
-    std::deque<PathNode> m_nodes;  // a deque: keys point into it
+    std::deque<PathNode> m_nodes;  // deques: keys point into them
+    std::deque<NameStep> m_names;
     std::vector<FlatKey> m_keys;
+    std::array<std::vector<uint32_t>, 5> m_sections;
 };
 
 // Null values, empty objects and empty arrays give no key; nor does a root that is not an object.

@@ -98,14 +98,14 @@ const Automaton& automaton() {
 
 }  // namespace
 
-void KeyWordSearch::feed(std::string_view piece) noexcept {
+KeyWordSearch searchKeyWords(uint16_t state, std::string_view piece) noexcept {
     static const Automaton& table = automaton();
-    uint16_t state = m_state;
+    KeyWordSearch search{state, {}};
     for (const char c : piece) {
-        state = table.next(state, c);
-        if (table.ends(state)) m_found.add(table.wordsAt(state));
+        search.state = table.next(search.state, c);
+        if (table.ends(search.state)) search.found.add(table.wordsAt(search.state));
     }
-    m_state = state;
+    return search;
 }
 
 }  // namespace zant::kor

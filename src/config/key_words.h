@@ -75,15 +75,13 @@ private:
 
 static_assert(KEY_WORDS.size() <= 128, "KeyWordSet holds 128 words");
 
-// Finds words in a text that is fed piece by piece.
-class KeyWordSearch {
-public:
-    void feed(std::string_view piece) noexcept;
-    const KeyWordSet& found() const noexcept { return m_found; }
-
-private:
-    uint16_t m_state = 0;
-    KeyWordSet m_found;
+// The search carried along a path: what was found so far, and the state that the next piece goes on from.
+struct KeyWordSearch {
+    uint16_t state = 0;
+    KeyWordSet found;
 };
+
+// Goes on with one more piece of text. found of the result holds only the words that end within the piece.
+KeyWordSearch searchKeyWords(uint16_t state, std::string_view piece) noexcept;
 
 }  // namespace zant::kor

@@ -17,7 +17,7 @@ constexpr uint32_t MAX_PRELOAD_GROUPS = 65536;
 // "context" is an array of items or a single object; the object's member names are no index, so that it makes one
 // record at index 0.
 struct ContextWalk {
-    static constexpr KeyWord sectionWord = word("context");
+    static constexpr KeySection section = KeySection::context;
     static constexpr KeyElement element = KeyElement::context;
 
     SectionRecords<KORContextConfig> records;

@@ -12,7 +12,7 @@ namespace {
 constexpr uint32_t PROFILING_LEVEL_LINTING = 7001;
 
 struct DeviceWalk {
-    static constexpr KeyWord sectionWord = word("devices");
+    static constexpr KeySection section = KeySection::devices;
     static constexpr KeyElement element = KeyElement::devices;
 
     SectionRecords<KORDeviceConfig> records;

@@ -17,7 +17,7 @@ constexpr uint32_t SPAD_MB_LIMIT = 4096;  // MiB that no longer fit 32 bits of b
 constexpr uint32_t SPAD_MB_SETTER_MAX = 2047;
 
 struct GraphWalk {
-    static constexpr KeyWord sectionWord = word("graphs");
+    static constexpr KeySection section = KeySection::graphs;
     static constexpr KeyElement element = KeyElement::graphs;
 
     SectionRecords<KORGraphConfig> records;

@@ -36,28 +36,24 @@ const ChainRow<GroupContextWalk>* groupRow(const FlatKey& key) {
 
 bool parseGroupContext(const FlatKeyList& keys, KORGroupContextConfig& groupContext) {
     GroupContextWalk walk{groupContext};
-    return walkKeys(
-        keys, [](const FlatKey& key) { return groupRow(key) != nullptr; },
-        [&walk](const FlatKey& key) {
-            const ChainRow<GroupContextWalk>* row = groupRow(key);
-            return row->apply(walk, key, row->line);
-        });
+    return walkKeys(keys, KeySection::groupContext, [&walk](const FlatKey& key) {
+        const ChainRow<GroupContextWalk>* row = groupRow(key);
+        return row == nullptr || row->apply(walk, key, row->line);
+    });
 }
 
 bool parseMemory(const FlatKeyList& keys, KORMemoryConfig& memory) {
-    return walkKeys(
-        keys, [](const FlatKey& key) { return key.equals(word("memory/mem_type")); },
-        [&memory](const FlatKey& key) {
-            const std::string type = getString(key);
-            ZANT_LOG_INFO("Key: memory type, Value: %s ", type.c_str());
-            if (type == "shared_buffer") {
-                memory.memType = ZANT_KOR_MEM_SHARED_BUFFER;
-            } else {
-                ZANT_LOG_ERROR("Invalid memory type %s passed, Setting memory_type to ZANT_KOR_MEM_UNDEFINED",
-                               type.c_str());
-            }
-            return true;
-        });
+    return walkKeys(keys, KeySection::memory, [&memory](const FlatKey& key) {
+        const std::string type = getString(key);
+        ZANT_LOG_INFO("Key: memory type, Value: %s ", type.c_str());
+        if (type == "shared_buffer") {
+            memory.memType = ZANT_KOR_MEM_SHARED_BUFFER;
+        } else {
+            ZANT_LOG_ERROR("Invalid memory type %s passed, Setting memory_type to ZANT_KOR_MEM_UNDEFINED",
+                           type.c_str());
+        }
+        return true;
+    });
 }
 
 }  // namespace zant::kor

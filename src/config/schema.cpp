@@ -17,8 +17,8 @@ constexpr char schemaText[] =
 #include "config_schema.inc"
     ;
 
-// Chunk of the pool that holds the compiled schema, large enough for all of it.
-constexpr size_t SCHEMA_POOL_BYTES = size_t{256} << 10;
+// Chunk of the pool that holds the compiled schema: below the size at which malloc maps fresh pages for each block.
+constexpr size_t SCHEMA_POOL_BYTES = size_t{64} << 10;
 
 using SchemaDocument = rapidjson::GenericSchemaDocument<JsonValue, JsonPool>;
 using TextBuffer = rapidjson::GenericStringBuffer<JsonEncoding, ThrowingAllocator>;

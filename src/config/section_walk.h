@@ -82,8 +82,9 @@ consteval ChainRow<Walk> row(KeyWord word, bool (*apply)(Walk&, const FlatKey&, 
 // The first row whose word the key holds, null for none.
 template <class Rows>
 auto firstHit(const Rows& rows, const FlatKey& key) -> decltype(rows.data()) {
+    const KeyWordSet words = key.words();
     for (const auto& row : rows) {
-        if (key.holds(row.word)) return &row;
+        if (words.has(row.word)) return &row;
     }
     return nullptr;
 }
@@ -179,14 +180,13 @@ struct StringTo {
     }
 };
 
-// Handles the keys that take(key) accepts with handle(key), which returns false to end the section. A value of the
-// wrong kind ends the section too, with one line; std::out_of_range passes and ends the load.
-template <class Take, class Handle>
-bool walkKeys(const FlatKeyList& keys, Take take, Handle handle) {
-    for (const FlatKey& key : keys) {
-        if (!take(key)) continue;
+// Handles the section's keys with handle(key), which returns false to end the section. A value of the wrong kind ends
+// the section too, with one line; std::out_of_range passes and ends the load.
+template <class Handle>
+bool walkKeys(const FlatKeyList& keys, KeySection section, Handle handle) {
+    for (const uint32_t position : keys.positionsOf(section)) {
         try {
-            if (!handle(key)) return false;
+            if (!handle(keys[position])) return false;
         } catch (const std::runtime_error& error) {
             ZANT_LOG_ERROR("Exception occurred: %s", error.what());
             return false;
@@ -195,15 +195,13 @@ bool walkKeys(const FlatKeyList& keys, Take take, Handle handle) {
     return true;
 }
 
-// The walk itself. Walk has the section's word and element, its records, and handle(key).
+// The walk itself. Walk has the section and its element, its records, and handle(key).
 template <class Walk>
 bool walkSection(const FlatKeyList& keys, Walk& walk) {
-    return walkKeys(
-        keys, [](const FlatKey& key) { return key.holds(Walk::sectionWord); },
-        [&walk](const FlatKey& key) {
-            walk.records.settle(key, Walk::element);
-            return walk.handle(key);
-        });
+    return walkKeys(keys, Walk::section, [&walk](const FlatKey& key) {
+        walk.records.settle(key, Walk::element);
+        return walk.handle(key);
+    });
 }
 
 }  // namespace zant::kor

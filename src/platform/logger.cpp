@@ -40,6 +40,12 @@ uint64_t handleOf(const Logger* logger) {
 
 class LoggerTable {
 public:
+    LoggerTable() = default;
+    LoggerTable(const LoggerTable&) = delete;
+    LoggerTable& operator=(const LoggerTable&) = delete;
+    // A host may destroy its backend when this library's statics are gone: no log site may look in here then.
+    ~LoggerTable() { g_currentLevel.store(0); }
+
     void add(uint64_t handle, std::shared_ptr<Logger> logger) EXCLUDES(m_mutex) {
         MutexLock lock(m_mutex);
         m_loggers.insert_or_assign(handle, std::move(logger));
@@ -88,12 +94,19 @@ void Logger::log(int32_t level, const char*, int32_t, const char* format, ...) n
 void Logger::logArguments(int32_t level, const char* format, va_list arguments) noexcept {
     if (level > this->level()) return;
     const uint64_t timestamp = system::wallClockNs() - m_epoch;
+    std::string copy;
+    const char* text = format;
     try {
         // The text lives for the call only; a host that keeps the pointer is shown so in its own tests.
-        const std::string text(format);
-        m_callback(text.c_str(), static_cast<ZantLogLevel>(level), timestamp, arguments);
+        copy = format;
+        text = copy.c_str();
     } catch (...) {
-        // Neither a shortage of memory nor a host's callback may fail the hook that logs.
+        // A shortage of memory is what the host most needs to hear of: it gets the caller's own text.
+    }
+    try {
+        m_callback(text, static_cast<ZantLogLevel>(level), timestamp, arguments);
+    } catch (...) {
+        // No callback's fault may fail the hook that logs.
     }
 }
 

@@ -69,7 +69,11 @@ bool isListed(void* module) noexcept {
 class OpenFile {
 public:
     // Without waiting for the other end of a pipe; what is not a regular file is refused afterwards.
-    explicit OpenFile(const char* path) noexcept : m_descriptor(open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {}
+    explicit OpenFile(const char* path) noexcept {
+        do {
+            m_descriptor = open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+        } while (m_descriptor < 0 && errno == EINTR);
+    }
     ~OpenFile() {
         if (m_descriptor >= 0) close(m_descriptor);
     }
@@ -97,7 +101,7 @@ public:
     }
 
 private:
-    int m_descriptor;
+    int m_descriptor = -1;
 };
 
 }  // namespace
@@ -124,10 +128,13 @@ void* findLoadedModule(const char* name) noexcept {
 }
 
 bool unloadModule(void* module) noexcept {
+    // mainModule took no reference: the one that could be given back is the process's own.
+    if (module != nullptr && module == mainModule()) return true;
     return isListed(module) && dlclose(module) == 0;
 }
 
 void* resolveSymbol(void* module, const char* name) noexcept {
+    if (!isListed(module)) return nullptr;
     void* address = dlsym(module, name);
     if (address == nullptr) return nullptr;
     // dlsym goes on into the module's dependencies; a hit there is another module's symbol.
