@@ -92,18 +92,17 @@ void KORBackend::collectGraphProfiles() {
 
 bool KORBackend::afterDeviceCreate() {
     return guarded("afterDeviceCreate", false, [&] {
-        bool result = true;
+        clearDeviceLists();
+        if (m_perfDriverDisabled) return true;
         if (m_deviceConfigs.empty()) {
             ZANT_LOG_ERROR("No device config after device create: beforeDeviceCreate comes first");
-            result = false;
-        } else if (!m_perfDriverDisabled) {
-            collectGraphProfiles();
-            KORDeviceConfig& device = m_deviceConfigs.front();
-            if (m_perfProfile != PERF_PROFILE_NOT_SET) device.core.perfProfile = m_perfProfile;
-            if (device.coreIds.empty()) device.coreIds.push_back(0);
+            return false;
         }
-        clearDeviceLists();
-        return result;
+        collectGraphProfiles();
+        KORDeviceConfig& device = m_deviceConfigs.front();
+        if (m_perfProfile != PERF_PROFILE_NOT_SET) device.core.perfProfile = m_perfProfile;
+        if (device.coreIds.empty()) device.coreIds.push_back(0);
+        return true;
     });
 }
 

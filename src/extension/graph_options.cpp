@@ -21,25 +21,22 @@ struct ArchitectureName {
 
 constexpr ArchitectureName ARCHITECTURES[] = {{"V68", 68}, {"V69", 69}, {"V73", 73}, {"V81", 81}};
 
-// The entry at index; a default one is appended when index is the first that is not there yet. An index further out
-// is the caller's error.
-template <class Entry>
-Entry& entryAt(std::vector<Entry>& entries, int32_t index) {
-    if (index < 0 || static_cast<size_t>(index) > entries.size()) {
-        throw std::out_of_range("index " + std::to_string(index) + " is beyond the " + std::to_string(entries.size()) +
-                                " configs there are");
-    }
-    if (static_cast<size_t>(index) == entries.size()) entries.emplace_back();
-    return entries[static_cast<size_t>(index)];
-}
-
 }  // namespace
 
+// The entry at index; a default one with this name is appended when index is the first that is not there yet. An
+// index further out is the caller's error.
 KORGraphConfig& KORBackend::graphConfigAt(int32_t index, std::string graphName) {
-    const size_t before = m_graphConfigs.size();
-    KORGraphConfig& graph = entryAt(m_graphConfigs, index);
-    if (m_graphConfigs.size() > before) graph.graphNames.push_back(std::move(graphName));
-    return graph;
+    const size_t count = m_graphConfigs.size();
+    if (index < 0 || static_cast<size_t>(index) > count) {
+        throw std::out_of_range("index " + std::to_string(index) + " is beyond the " + std::to_string(count) +
+                                " graph configs there are");
+    }
+    if (static_cast<size_t>(index) == count) {
+        KORGraphConfig graph;
+        graph.graphNames.push_back(std::move(graphName));
+        m_graphConfigs.push_back(std::move(graph));
+    }
+    return m_graphConfigs[static_cast<size_t>(index)];
 }
 
 bool KORBackend::applyGraphOptions(KORGraphConfig& graph, uint32_t spadMb, uint32_t optimizationLevel, uint32_t dlbc) {
@@ -56,11 +53,20 @@ bool KORBackend::applyReferenceWeightSharing(uint32_t value) {
     return setReferenceWeightSharing(m_contextConfigs.front().referenceWeightSharingEnabled, value);
 }
 
-void KORBackend::setDeviceArchitecture(int32_t index, const std::string& dspArch) {
-    KORDeviceConfig& device = entryAt(m_deviceConfigs, index);
+// One default device config is made for an index that is not there yet. Where the index is still out of reach, only a
+// known architecture has anything to lose by it.
+bool KORBackend::setDeviceArchitecture(int32_t index, const std::string& dspArch) {
+    const auto position = static_cast<size_t>(index);
+    if (position >= m_deviceConfigs.size()) m_deviceConfigs.emplace_back();
     for (const ArchitectureName& architecture : ARCHITECTURES) {
-        if (architecture.name == dspArch) device.dspArch = architecture.number;
+        if (architecture.name != dspArch) continue;
+        if (position >= m_deviceConfigs.size()) {
+            ZANT_LOG_ERROR("dsp_arch %s has no device config at index %d", dspArch.c_str(), static_cast<int>(index));
+            return false;
+        }
+        m_deviceConfigs[position].dspArch = architecture.number;
     }
+    return true;
 }
 
 bool KORBackend::setGraphOptions(int32_t index, std::string dspArch, uint32_t spadMb, std::string graphName,
@@ -75,8 +81,7 @@ bool KORBackend::setGraphOptions(int32_t index, std::string dspArch, uint32_t sp
         if (!applyGraphOptions(graph, spadMb, optimizationLevel, dlbc)) return false;
         if (!applyReferenceWeightSharing(referenceWeightSharing)) return false;
         if (sluThreads != NOT_GIVEN && !setSluThreads(graph.sluThreads, sluThreads)) return false;
-        setDeviceArchitecture(index, dspArch);
-        return true;
+        return setDeviceArchitecture(index, dspArch);
     });
 }
 

@@ -2,7 +2,6 @@
 
 #include <exception>
 #include <new>
-#include <utility>
 
 #include "extension/hook_guard.h"
 #include "platform/logger.h"
@@ -41,7 +40,7 @@ bool KORBackend::parseConfigAndSanitize(const std::string& config) {
         return false;
     }
     for (KORGraphConfig& graph : m_graphConfigs) {
-        for (std::string& name : graph.graphNames) name = sanitizeName(std::move(name));
+        for (std::string& name : graph.graphNames) name = sanitizeName(name);
     }
     return true;
 }

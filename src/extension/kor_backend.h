@@ -65,8 +65,12 @@ public:
     bool setGraphOptions(int32_t index, std::string dspArch, uint32_t spadMb, std::string graphName,
                          uint32_t optimizationLevel, uint32_t dlbc, uint32_t referenceWeightSharing,
                          uint32_t sluThreads) override;
+    bool allocateExternalBuffers(void* context, std::string spillFillPoolId, std::string spadBackupPoolId,
+                                 std::string weightsPoolId) override;
     void reservedVoidHook1() override {}
     bool detachableBuffersEnabled() override;
+    bool detachBuffers(void* context) override;
+    bool attachBuffers(void* context) override;
     bool enableKorExtension(void* device) override;
     bool runExtensionTestClient(uint64_t, uint64_t, uint64_t, uint64_t, uint64_t, uint64_t, uint64_t,
                                 uint64_t) override;
@@ -81,7 +85,7 @@ private:
     KORGraphConfig& graphConfigAt(int32_t index, std::string graphName);
     bool applyGraphOptions(KORGraphConfig& graph, uint32_t spadMb, uint32_t optimizationLevel, uint32_t dlbc);
     bool applyReferenceWeightSharing(uint32_t value);
-    void setDeviceArchitecture(int32_t index, const std::string& dspArch);
+    bool setDeviceArchitecture(int32_t index, const std::string& dspArch);
     void clearDeviceLists();
 
     // Three records that the backend may look at after enableKorExtension: hence members.

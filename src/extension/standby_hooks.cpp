@@ -5,16 +5,26 @@
 
 namespace zant::kor {
 
-bool KORBackend::beforeContextCreate(ZantConfigWrapper***, uint32_t*) {
-    return true;
+namespace {
+
+bool hasOutPointers(const char* hook, const void* list, const void* count) {
+    if (list != nullptr && count != nullptr) return true;
+    ZANT_LOG_ERROR("%s: the list and its count need a place to go, got nullptr", hook);
+    return false;
+}
+
+}  // namespace
+
+bool KORBackend::beforeContextCreate(ZantConfigWrapper*** list, uint32_t* count) {
+    return hasOutPointers("beforeContextCreate", list, count);
 }
 
 bool KORBackend::afterContextCreate() {
     return true;
 }
 
-bool KORBackend::beforeGraphsCompose(GraphConfigInfo_t***, uint32_t*) {
-    return true;
+bool KORBackend::beforeGraphsCompose(GraphConfigInfo_t*** list, uint32_t* count) {
+    return hasOutPointers("beforeGraphsCompose", list, count);
 }
 
 bool KORBackend::afterGraphsCompose() {
@@ -31,9 +41,9 @@ bool KORBackend::afterGraphFinalize() {
     return true;
 }
 
-bool KORBackend::beforeGraphExecute(const char*, ZantConfigWrapper***, uint32_t*) {
+bool KORBackend::beforeGraphExecute(const char*, ZantConfigWrapper*** list, uint32_t* count) {
     ZANT_LOG_INFO("PerfDriver not available before graph execute");
-    return true;
+    return hasOutPointers("beforeGraphExecute", list, count);
 }
 
 bool KORBackend::afterGraphExecute() {
@@ -57,9 +67,9 @@ bool KORBackend::afterContextFree() {
     return true;
 }
 
-bool KORBackend::beforeContextCreateFromBinary(ZantConfigWrapper***, uint32_t*) {
+bool KORBackend::beforeContextCreateFromBinary(ZantConfigWrapper*** list, uint32_t* count) {
     ZANT_LOG_INFO("PerfDriver not available before create from binary");
-    return true;
+    return hasOutPointers("beforeContextCreateFromBinary", list, count);
 }
 
 bool KORBackend::afterContextCreateFromBinary() {
@@ -67,9 +77,14 @@ bool KORBackend::afterContextCreateFromBinary() {
     return true;
 }
 
-bool KORBackend::beforeContextCreateFromBinaryList(std::map<std::string, std::pair<uint32_t, ZantConfigWrapper**>>*,
-                                                   ZantConfigWrapper***, uint32_t*) {
+bool KORBackend::beforeContextCreateFromBinaryList(
+    std::map<std::string, std::pair<uint32_t, ZantConfigWrapper**>>* perContext, ZantConfigWrapper*** list,
+    uint32_t* count) {
     ZANT_LOG_INFO("PerfDriver not available before creating contexts from binary list");
+    if (!hasOutPointers("beforeContextCreateFromBinaryList", perContext == nullptr ? nullptr : list, count))
+        return false;
+    *list = nullptr;
+    *count = 0;
     return true;
 }
 
@@ -85,6 +100,24 @@ bool KORBackend::beforeContextApplyBinarySection() {
 
 bool KORBackend::afterContextApplyBinarySection() {
     ZANT_LOG_INFO("PerfDriver not available after context apply binary section");
+    return true;
+}
+
+bool KORBackend::allocateExternalBuffers(void*, std::string spillFillPoolId, std::string spadBackupPoolId,
+                                         std::string weightsPoolId) {
+    if (!spillFillPoolId.empty() || !spadBackupPoolId.empty() || !weightsPoolId.empty()) {
+        ZANT_LOG_ERROR("External buffers are not available");
+    }
+    return false;
+}
+
+bool KORBackend::detachBuffers(void*) {
+    ZANT_LOG_ERROR("Detaching buffers is not available");
+    return false;
+}
+
+bool KORBackend::attachBuffers(void*) {
+    ZANT_LOG_WARN("Buffers already in the desired state %s", "attached.");
     return true;
 }
 
