@@ -2,7 +2,8 @@
 // modules that a default symbol search skips.
 //
 // The operations never throw and never log. A failure is a null handle, a null address, -1 or 0 with the calling
-// thread's error text set. Calls may overlap on several threads: the local set has a lock of its own.
+// thread's error text set. Calls may overlap on several threads, for the local set has a lock of its own; but a module
+// that another thread loads or unloads meanwhile can blur which modules a DL_LOCAL call brought into the process.
 #pragma once
 
 #include <cstdint>

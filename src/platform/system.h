@@ -7,7 +7,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <vector>
 
 namespace zant::system {
 
@@ -27,7 +26,8 @@ void* resolveSymbol(void* module, const char* name) noexcept;
 std::optional<size_t> countModules() noexcept;
 // Fills in at most capacity handles; returns how many were written, or nothing on failure.
 std::optional<size_t> listModules(void** modules, size_t capacity) noexcept;
-// The file of the module that holds an address: false when no module does; an empty path when it has no name.
+// The absolute path of the module that holds an address, as it was when the module was loaded: false when no module
+// does; an empty path when it has no name.
 bool moduleFileOfAddress(const void* address, std::string& path);
 
 // --- Files.

@@ -8,8 +8,10 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <climits>
+#include <cinttypes>
+#include <cstdio>
 #include <cstring>
+#include <fstream>
 #include <new>
 #include <string_view>
 #include <vector>
@@ -66,12 +68,27 @@ bool isListed(void* module) noexcept {
                                 [module](const std::string& name) { return handleOfLoaded(name.c_str()) == module; });
 }
 
+// The kernel's name for the file that the memory at an address came from, empty if there is none.
+std::string mappedFile(const void* address) {
+    std::ifstream maps("/proc/self/maps");
+    std::string line;
+    while (std::getline(maps, line)) {
+        uintptr_t begin = 0;
+        uintptr_t end = 0;
+        if (std::sscanf(line.c_str(), "%" SCNxPTR "-%" SCNxPTR, &begin, &end) != 2) continue;
+        const auto wanted = reinterpret_cast<uintptr_t>(address);
+        const size_t nameAt = line.find('/');
+        if (begin <= wanted && wanted < end) return nameAt == std::string::npos ? "" : line.substr(nameAt);
+    }
+    return "";
+}
+
 class OpenFile {
 public:
     // Without waiting for the other end of a pipe; what is not a regular file is refused afterwards.
     explicit OpenFile(const char* path) noexcept {
         do {
-            m_descriptor = open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+            m_descriptor = open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
         } while (m_descriptor < 0 && errno == EINTR);
     }
     ~OpenFile() {
@@ -170,10 +187,9 @@ bool moduleFileOfAddress(const void* address, std::string& path) {
     if (dladdr1(address, &info, reinterpret_cast<void**>(&owner), RTLD_DL_LINKMAP) == 0 || owner == nullptr) {
         return false;
     }
-    // The main program has no name in the loader's list, and a module loaded by a relative path keeps that.
-    const char* name = *owner->l_name == '\0' ? "/proc/self/exe" : owner->l_name;
-    char absolute[PATH_MAX];
-    path = realpath(name, absolute) != nullptr ? absolute : owner->l_name;
+    // An absolute name is where the module was loaded from, links and all: its siblings lie there. The main program
+    // has no name, and a relative one may lead elsewhere since the working directory changed.
+    path = *owner->l_name == '/' ? owner->l_name : mappedFile(owner->l_ld);
     return true;
 }
 

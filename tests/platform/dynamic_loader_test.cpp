@@ -1,0 +1,201 @@
+#include "platform/dynamic_loader.h"
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <array>
+#include <filesystem>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "platform/system.h"
+
+namespace zant::loader {
+namespace {
+
+constexpr uint32_t NOW_LOCAL = DL_NOW | DL_LOCAL;
+constexpr const char* ANSWER = "zant_test_module_answer";
+
+bool loaded() {
+    return system::findLoadedModule(TEST_MODULE_PATH) != nullptr;
+}
+
+class DynamicLoaderTest : public testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_FALSE(loaded());
+        dlError();
+    }
+    void TearDown() override { EXPECT_FALSE(loaded()) << "a test kept a reference"; }
+};
+
+TEST_F(DynamicLoaderTest, AFailureSetsTheThreadsOwnTextWhichIsReadOnce) {
+    EXPECT_EQ(dlOpen("libno_such_module.so", NOW_LOCAL), nullptr);
+    std::thread([] { EXPECT_STREQ(dlError(), ""); }).join();
+    EXPECT_EQ(dlClose(nullptr), 0);
+    EXPECT_STREQ(dlError(), "load library failed");
+    EXPECT_STREQ(dlError(), "");
+    for (const uint32_t flags : {0U, DL_LOCAL, DL_GLOBAL, DL_NOLOAD | DL_LOCAL}) {
+        EXPECT_EQ(dlOpen(TEST_MODULE_PATH, flags), nullptr);
+        EXPECT_STREQ(dlError(), "flags must either include DL_NOW or only specify DL_NOLOAD");
+        EXPECT_FALSE(loaded());
+    }
+}
+
+TEST_F(DynamicLoaderTest, NoNameMeansTheMainModuleWhichOutlivesItsClosing) {
+    for (const uint32_t flags : {0U, DL_LOCAL, NOW_LOCAL, DL_NOLOAD}) {
+        for (const char* name : std::array<const char*, 2>{nullptr, ""}) {
+            void* const module = dlOpen(name, flags);
+            EXPECT_NE(module, nullptr);
+            EXPECT_EQ(module, system::mainModule());
+            EXPECT_EQ(dlClose(module), 0);
+        }
+    }
+}
+
+TEST_F(DynamicLoaderTest, NoloadLoadsNothingTakesNoReferenceAndSetsNoText) {
+    const std::string fileName = std::filesystem::path(TEST_MODULE_PATH).filename();
+    EXPECT_EQ(dlOpen("x", 0), nullptr);
+    for (const uint32_t flags : {DL_NOLOAD, DL_NOW | DL_NOLOAD}) EXPECT_EQ(dlOpen(TEST_MODULE_PATH, flags), nullptr);
+    EXPECT_STREQ(dlError(), "flags must either include DL_NOW or only specify DL_NOLOAD");
+
+    void* const module = dlOpen(TEST_MODULE_PATH, NOW_LOCAL);
+    ASSERT_NE(module, nullptr);
+    for (const uint32_t flags : {DL_NOLOAD, DL_NOW | DL_NOLOAD}) {
+        EXPECT_EQ(dlOpen(TEST_MODULE_PATH, flags), module);
+        EXPECT_EQ(dlOpen(fileName.c_str(), flags), module);
+    }
+    EXPECT_EQ(dlClose(module), 0);
+    EXPECT_FALSE(loaded());
+}
+
+TEST_F(DynamicLoaderTest, ALocalModuleIsHiddenUntilItIsOpenedGlobally) {
+    void* const module = dlOpen(TEST_MODULE_PATH, NOW_LOCAL);
+    ASSERT_NE(module, nullptr);
+    EXPECT_EQ(dlSym(DL_DEFAULT, ANSWER), nullptr);
+    EXPECT_STREQ(dlError(), "can't resolve symbol");
+    const auto answer = reinterpret_cast<int (*)()>(dlSym(module, ANSWER));
+    ASSERT_NE(answer, nullptr);
+    EXPECT_EQ(answer(), 42);
+
+    EXPECT_EQ(dlOpen(TEST_MODULE_PATH, DL_NOW | DL_GLOBAL), module);
+    EXPECT_EQ(dlSym(DL_DEFAULT, ANSWER), reinterpret_cast<void*>(answer));
+    EXPECT_EQ(dlClose(module), 0);
+    EXPECT_EQ(dlClose(module), 0);
+    EXPECT_STREQ(dlError(), "");
+}
+
+TEST_F(DynamicLoaderTest, AModuleThatWasThereBeforeStaysVisibleAndClosingEndsLocality) {
+    for (const bool thereBefore : {true, false}) {
+        void* const module = thereBefore ? system::loadModule(TEST_MODULE_PATH) : dlOpen(TEST_MODULE_PATH, NOW_LOCAL);
+        ASSERT_NE(module, nullptr);
+        EXPECT_EQ(thereBefore ? dlOpen(TEST_MODULE_PATH, NOW_LOCAL) : system::loadModule(TEST_MODULE_PATH), module);
+        EXPECT_EQ(dlSym(DL_DEFAULT, ANSWER) != nullptr, thereBefore);
+        EXPECT_EQ(dlClose(module), 0);
+        EXPECT_NE(dlSym(DL_DEFAULT, ANSWER), nullptr);
+        EXPECT_EQ(dlClose(module), 0);
+    }
+}
+
+TEST_F(DynamicLoaderTest, ASymbolOfADependencyIsNotTheModulesOwn) {
+    void* const module = dlOpen(TEST_MODULE_PATH, NOW_LOCAL);
+    ASSERT_NE(module, nullptr);
+    void* const library = dlOpen("libc.so.6", DL_NOLOAD);
+    EXPECT_EQ(dlSym(library, "getenv"), dlSym(DL_DEFAULT, "getenv"));
+    EXPECT_NE(dlSym(DL_DEFAULT, "getenv"), nullptr);
+    EXPECT_EQ(dlClose(library), -1) << "nothing that others depend on can be closed";
+    for (void* handle : {module, dlOpen(nullptr, 0)}) {
+        EXPECT_EQ(dlSym(handle, "getenv"), nullptr);
+        EXPECT_STREQ(dlError(), "can't resolve symbol");
+    }
+    EXPECT_EQ(dlClose(module), 0);
+}
+
+TEST_F(DynamicLoaderTest, HandlesThatAreNoneAreHarmless) {
+    EXPECT_EQ(dlOpen("x", 0), nullptr);
+    EXPECT_EQ(dlSym(nullptr, ANSWER), nullptr);
+    EXPECT_EQ(dlSym(DL_DEFAULT, nullptr), nullptr);
+    EXPECT_STREQ(dlError(), "flags must either include DL_NOW or only specify DL_NOLOAD");
+
+    void* const stale = dlOpen(TEST_MODULE_PATH, NOW_LOCAL);
+    ASSERT_EQ(dlClose(stale), 0);
+    int noModule = 0;
+    for (void* handle : {stale, static_cast<void*>(&noModule), reinterpret_cast<void*>(uintptr_t{5})}) {
+        EXPECT_EQ(dlSym(handle, ANSWER), nullptr);
+        EXPECT_STREQ(dlError(), "can't resolve symbol");
+        EXPECT_EQ(dlClose(handle), -1);
+        EXPECT_STREQ(dlError(), "free library failed");
+    }
+}
+
+TEST_F(DynamicLoaderTest, AnAddressLeadsToItsModulesFile) {
+    void* const module = dlOpen(TEST_MODULE_PATH, NOW_LOCAL);
+    std::string path;
+    EXPECT_EQ(dlAddr(dlSym(module, ANSWER), path), 1);
+    EXPECT_TRUE(std::filesystem::equivalent(path, TEST_MODULE_PATH)) << path;
+    EXPECT_EQ(dlAddr(reinterpret_cast<const void*>(&loaded), path), 1);
+    EXPECT_TRUE(std::filesystem::equivalent(path, "/proc/self/exe")) << path;
+
+    EXPECT_EQ(dlAddr(&path, path), 0);
+    EXPECT_STREQ(dlError(), "Failed to get module handle");
+    EXPECT_EQ(path, "");
+    path = "before";
+    EXPECT_EQ(dlAddr(nullptr, path), 0);
+    EXPECT_STREQ(dlError(), "Input address is nullptr");
+    EXPECT_EQ(path, "");
+    EXPECT_EQ(dlClose(module), 0);
+}
+
+TEST_F(DynamicLoaderTest, AModulesPathIsWhereItWasLoadedFromAndShorterThanTheBuffer) {
+    namespace fs = std::filesystem;
+    std::string name = testing::TempDir() + "/zant_loader_XXXXXX";
+    ASSERT_NE(mkdtemp(name.data()), nullptr);
+    const fs::path folder = fs::canonical(name);
+    const fs::path start = fs::current_path();
+    const auto pathOf = [](const fs::path& library) {
+        void* const module = dlOpen(library.c_str(), NOW_LOCAL);
+        EXPECT_EQ(dlOpen(library.filename().c_str(), DL_NOLOAD), module) << "known by its bare file name";
+        fs::current_path("/");
+        std::string path = "before";
+        const int found = dlAddr(dlSym(module, ANSWER), path);
+        EXPECT_EQ(found, path.empty() ? 0 : 1);
+        EXPECT_EQ(dlClose(module), 0);
+        return path;
+    };
+
+    fs::current_path(folder);
+    fs::create_directory("links");
+    fs::copy_file(TEST_MODULE_PATH, "real.so");
+    fs::create_symlink("../real.so", "links/link.so");
+    EXPECT_EQ(pathOf("./real.so"), folder / "real.so") << "the working directory changed after the load";
+    EXPECT_EQ(pathOf(folder / "links/link.so"), folder / "links/link.so");
+
+    const std::string longest = (folder / std::string(258 - folder.native().size(), 'x')).string();
+    fs::copy_file(TEST_MODULE_PATH, longest);
+    fs::copy_file(TEST_MODULE_PATH, longest + "x");
+    EXPECT_EQ(longest.size(), 259U);
+    EXPECT_EQ(pathOf(longest), longest);
+    EXPECT_EQ(pathOf(longest + "x"), "");
+    EXPECT_STREQ(dlError(), "Failed to get module file name");
+    fs::current_path(start);
+    fs::remove_all(folder);
+}
+
+TEST_F(DynamicLoaderTest, OverlappingCallsKeepTheLocalSetWhole) {
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 3; ++i) {
+        threads.emplace_back([] {
+            for (int round = 0; round < 30; ++round) {
+                void* const module = dlOpen(TEST_MODULE_PATH, round % 2 == 0 ? NOW_LOCAL : DL_NOW);
+                EXPECT_NE(dlSym(module, ANSWER), nullptr);
+                EXPECT_EQ(dlSym(DL_DEFAULT, "zant_no_such_symbol"), nullptr);
+                EXPECT_EQ(dlClose(module), 0);
+            }
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+}
+
+}  // namespace
+}  // namespace zant::loader
