@@ -1,0 +1,52 @@
+// The host's half of a model's life: devices, contexts and graphs that are handles and ledger lines.
+#include "decode.h"
+#include "ledger.h"
+#include "zant_sim/sim_backend.h"
+
+using namespace zant::sim;
+
+namespace {
+
+uint64_t create(HandleKind kind, const char* operation, const std::string& arguments, void** handle) {
+    const uint64_t status = ledger().call(operation, arguments);
+    if (handle == nullptr) return 1;
+    *handle = status == 0 ? makeHandle(kind) : nullptr;
+    return status;
+}
+
+uint64_t use(const char* operation, const void* handle, const std::string& more = {}) {
+    const uint64_t status = ledger().call(operation, describeHandle(handle) + more);
+    return handle == nullptr ? 1 : status;
+}
+
+}  // namespace
+
+uint64_t ZantSim_createDevice(ZantConfigWrapper** configs, uint32_t count, void** device) {
+    return create(HandleKind::DEVICE, "createDevice", describeDeviceConfigs(configs, count), device);
+}
+
+uint64_t ZantSim_freeDevice(void* device) {
+    return use("freeDevice", device);
+}
+
+uint64_t ZantSim_createContext(void* device, ZantConfigWrapper** configs, uint32_t count, void** context) {
+    return create(HandleKind::CONTEXT, "createContext", describeHandle(device) + ", " + describeConfigs(configs, count),
+                  context);
+}
+
+uint64_t ZantSim_freeContext(void* context) {
+    return use("freeContext", context);
+}
+
+uint64_t ZantSim_createGraph(void* context, const char* name, ZantConfigWrapper** configs, void** graph) {
+    return create(HandleKind::GRAPH, "createGraph",
+                  describeHandle(context) + ", " + quoted(name) + ", " + describeConfigs(configs, UINT32_MAX), graph);
+}
+
+uint64_t ZantSim_finalizeGraph(void* graph) {
+    return use("finalizeGraph", graph);
+}
+
+uint64_t ZantSim_executeGraph(void* graph, ZantConfigWrapper** configs, uint32_t count) {
+    return use("executeGraph", graph, ", " + describeConfigs(configs, count));
+}
