@@ -1,0 +1,65 @@
+#include "document_facts.h"
+
+#include <rapidjson/document.h>
+
+#include <algorithm>
+#include <functional>
+
+namespace runhost {
+
+namespace {
+
+using Value = rapidjson::Value;
+
+const Value* member(const Value& object, const char* name) {
+    if (!object.IsObject()) return nullptr;
+    const auto found = object.FindMember(name);
+    return found == object.MemberEnd() ? nullptr : &found->value;
+}
+
+const Value* arrayMember(const Value& object, const char* name) {
+    const Value* value = member(object, name);
+    return value != nullptr && value->IsArray() ? value : nullptr;
+}
+
+// The names that a backend takes: letters, digits and '_', and no digit first.
+std::string graphName(std::string text) {
+    const auto isLetter = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; };
+    const auto isAllowed = [&](char c) { return isLetter(c) || (c >= '0' && c <= '9'); };
+    std::replace_if(text.begin(), text.end(), std::not_fn(isAllowed), '_');
+    return text.empty() || !isLetter(text.front()) ? "_" + text : text;
+}
+
+void addGraphNames(const Value& item, std::vector<std::string>& names) {
+    const Value* list = arrayMember(item, "graph_names");
+    if (list == nullptr) return;
+    for (const Value& element : list->GetArray()) {
+        if (!element.IsString()) continue;
+        std::string name = graphName(element.GetString());
+        if (std::find(names.begin(), names.end(), name) == names.end()) names.push_back(std::move(name));
+    }
+}
+
+}  // namespace
+
+DocumentFacts documentFacts(const std::string& text) {
+    DocumentFacts facts;
+    rapidjson::Document document;
+    // Iterative and with numbers left as text: no nesting and no number can harm the host.
+    document.Parse<rapidjson::kParseIterativeFlag | rapidjson::kParseNumbersAsStringsFlag>(text.c_str());
+    if (!document.HasParseError()) {
+        if (const Value* graphs = arrayMember(document, "graphs")) {
+            for (const Value& item : graphs->GetArray()) addGraphNames(item, facts.graphNames);
+        }
+        if (const Value* devices = arrayMember(document, "devices")) {
+            for (const Value& item : devices->GetArray()) {
+                const Value* enable = member(item, "enable_kor_extension");
+                if (enable != nullptr && enable->IsTrue()) facts.asksForExtension = true;
+            }
+        }
+    }
+    if (facts.graphNames.empty()) facts.graphNames.emplace_back("model");
+    return facts;
+}
+
+}  // namespace runhost

@@ -1,0 +1,17 @@
+// What a host knows of a model without the extensions, taken here from the document that configures them.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace runhost {
+
+struct DocumentFacts {
+    std::vector<std::string> graphNames;  // as the hooks know them; one stand-in name when the document names none
+    bool asksForExtension = false;        // some device sets enable_kor_extension
+};
+
+// A text that is no document gives the facts of an empty one: judging it is the library's part.
+DocumentFacts documentFacts(const std::string& text);
+
+}  // namespace runhost

@@ -1,0 +1,74 @@
+#include <fmt/format.h>
+
+#include <iterator>
+
+#include "reports.h"
+
+namespace runhost {
+
+namespace {
+
+using Out = std::back_insert_iterator<std::string>;
+
+std::string outcomeMark(Outcome outcome, const Style& style) {
+    switch (outcome) {
+        case Outcome::OK:
+            return style.paint(Colour::GREEN, "ok    ");
+        case Outcome::FAILED:
+            return style.paint(Colour::RED, "FAILED");
+        case Outcome::SKIPPED:
+            return style.paint(Colour::DIM, "-     ");
+    }
+    return {};
+}
+
+void writeRecords(const RecordGroup& group, Out out) {
+    for (const DecodedRecord& record : group.records) {
+        const std::string option = record.option.empty() ? fmt::format("option {}", record.number)
+                                                         : fmt::format("{} ({})", record.option, record.number);
+        fmt::format_to(out, "        {}: {:<29} {}\n", group.subject, option, record.value);
+        fmt::format_to(out, "            {} bytes  {}\n", record.bytes.size(), hexText(record.bytes));
+    }
+}
+
+void writeCall(const CallReport& call, const Style& style, Out out) {
+    fmt::format_to(out, "    {:<4}  {:<24}  {}  {}\n", call.byHost ? "host" : "hook", call.name,
+                   outcomeMark(call.outcome, style), call.note);
+    for (const RecordGroup& group : call.recordGroups) writeRecords(group, out);
+    for (const LogLine& line : call.log) {
+        const Colour colour = line.level == ZANT_LOG_LEVEL_ERROR  ? Colour::RED
+                              : line.level == ZANT_LOG_LEVEL_WARN ? Colour::YELLOW
+                                                                  : Colour::DIM;
+        fmt::format_to(out, "        log {:>9.3f} ms  {}  {}\n", static_cast<double>(line.timestampNs) / 1e6,
+                       style.paint(colour, fmt::format("{:<7}", levelName(line.level))), line.text);
+    }
+}
+
+void writeLedger(const RunReport& report, const Style& style, Out out) {
+    fmt::format_to(out, "\n{}\n", style.paint(Colour::BOLD, "Ledger: every call that the backend received, in order"));
+    if (!report.backendKeepsLedger) fmt::format_to(out, "    this backend keeps none\n");
+    for (size_t i = 0; i < report.ledger.size(); ++i) fmt::format_to(out, "    {:>3}  {}\n", i + 1, report.ledger[i]);
+}
+
+}  // namespace
+
+std::string textReport(const RunReport& report, const Style& style) {
+    std::string text;
+    const Out out = std::back_inserter(text);
+    fmt::format_to(out,
+                   "One model's life, seen by the host. \"hook\" lines are calls into the extension library,\n"
+                   "\"host\" lines are the host's own steps with the backend in between.\n\n"
+                   "    library   {}\n    backend   {}\n    document  {}\n    machine   {}\n",
+                   report.library, report.backend, report.document, report.machine);
+    for (const StageReport& stage : report.stages) {
+        fmt::format_to(out, "\n{}: {}\n", style.paint(Colour::BOLD, stage.title), stage.explanation);
+        for (const CallReport& call : stage.calls) writeCall(call, style, out);
+    }
+    writeLedger(report, style, out);
+    fmt::format_to(out, "\n{}\n",
+                   report.succeeded ? style.paint(Colour::GREEN, "Every hook succeeded.")
+                                    : style.paint(Colour::RED, "Not every step succeeded: see FAILED above."));
+    return text;
+}
+
+}  // namespace runhost

@@ -1,0 +1,47 @@
+// What happened in a run, as facts; how they look is the reports' business.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "decode.h"
+#include "log_capture.h"
+
+namespace runhost {
+
+enum class Outcome { OK, FAILED, SKIPPED };
+
+struct RecordGroup {
+    std::string subject;  // "device", "context", "graph encoder"
+    std::vector<DecodedRecord> records;
+};
+
+struct CallReport {
+    std::string name;
+    bool byHost;  // the host's own step, with the backend; not a hook
+    Outcome outcome;
+    std::string note;  // what it means, in words
+    std::vector<RecordGroup> recordGroups;
+    std::vector<LogLine> log;  // what the library logged meanwhile
+};
+
+struct StageReport {
+    std::string title;
+    std::string explanation;
+    std::vector<CallReport> calls;
+};
+
+struct RunReport {
+    std::string library;
+    std::string backend;
+    std::string document;
+    std::string machine;
+    int32_t logLevel;
+    std::vector<StageReport> stages;
+    std::vector<std::string> ledger;  // the backend's account of all calls; empty when it keeps none
+    bool backendKeepsLedger;
+    bool succeeded;  // every hook and every step of the host
+};
+
+}  // namespace runhost
