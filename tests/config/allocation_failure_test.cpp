@@ -1,0 +1,72 @@
+// Every single allocation of a load fails once: no crash, no leak, no exception out of the hook.
+#include <gmock/gmock.h>
+
+#include <cstdlib>
+#include <new>
+
+#include "extension/kor_backend.h"
+#include "support/log_capture.h"
+
+namespace {
+// Allocations of this thread until one fails; negative: none does.
+thread_local int t_allocationsLeft = -1;
+
+void* allocate(size_t size) noexcept {
+    if (t_allocationsLeft >= 0 && t_allocationsLeft-- == 0) return nullptr;
+    return std::malloc(size == 0 ? 1 : size);
+}
+void* allocateOrThrow(size_t size) {
+    if (void* block = allocate(size)) return block;
+    throw std::bad_alloc();
+}
+}  // namespace
+
+// clang-format off
+void* operator new(size_t size) { return allocateOrThrow(size); }
+void* operator new[](size_t size) { return allocateOrThrow(size); }
+void* operator new(size_t size, const std::nothrow_t&) noexcept { return allocate(size); }
+void* operator new[](size_t size, const std::nothrow_t&) noexcept { return allocate(size); }
+void operator delete(void* block) noexcept { std::free(block); }
+void operator delete[](void* block) noexcept { std::free(block); }
+void operator delete(void* block, size_t) noexcept { std::free(block); }
+void operator delete[](void* block, size_t) noexcept { std::free(block); }
+// clang-format on
+
+namespace zant::test {
+namespace {
+
+const char* const DOCUMENT =
+    R"({"devices":[{"core_id":[3,1],"dsp_arch":"v73","cores":[{"custom":[{"graphState":["init_start","init_done"]}]}]}],)"
+    R"("graphs":[{"graph_names":["a graph of a name that fits no short string","b"],"dynamic_partitioning":[1,2],)"
+    R"("finalize_config":{"x":[1.5,"y"]},"perf_profile":"burst","num_cores":1}],)"
+    R"("context":[{"contextKey":"a key that does not fit a short string","lora_preload_buffer_group":[["a"],["b"]]}],)"
+    R"("groupContext":{"share_resources":true},"memory":{"mem_type":"shared_buffer"}})";
+
+// fault: the schema validator is not made for allocators that throw (a crash), nor is a pointer's text (a leak).
+TEST(AllocationFailure, AnyAllocationOfALoadMayFail) {
+    LogCapture log(ZANT_LOG_LEVEL_ERROR);
+    bool result = false;
+    int failAt = 0;
+    for (bool failed = true; failed; ++failAt) {
+        kor::KORBackend backend;
+        std::string config = DOCUMENT;
+        log.take();
+        t_allocationsLeft = failAt;
+        result = backend.loadConfig(std::move(config));
+        failed = t_allocationsLeft < 0;
+        t_allocationsLeft = -1;
+        if (failed) {
+            const std::vector<std::string> texts = log.texts();
+            ASSERT_FALSE(texts.empty()) << failAt;
+            // A preload group that cannot grow costs its line only.
+            EXPECT_TRUE(!result || texts[0].find("lora_preload_buffer_group") != std::string::npos) << failAt;
+            EXPECT_TRUE(backend.loadConfig(DOCUMENT)) << failAt;
+            EXPECT_EQ(backend.getCoreId(), 3U);
+        }
+    }
+    EXPECT_TRUE(result);
+    EXPECT_GT(failAt, 50);
+}
+
+}  // namespace
+}  // namespace zant::test

@@ -1,0 +1,103 @@
+// What ships, loaded as a host loads it, and the simulated backend beside it.
+#pragma once
+
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "zant_sim/sim_backend.h"
+#include "zelmar_kor/backend_extensions.h"
+
+namespace testing_support {
+
+class Library {
+public:
+    explicit Library(const char* path) : m_handle(dlopen(path, RTLD_NOW | RTLD_LOCAL)) {
+        if (m_handle == nullptr) throw std::runtime_error(dlerror());
+    }
+    Library(const Library&) = delete;
+    Library& operator=(const Library&) = delete;
+    ~Library() { dlclose(m_handle); }
+
+    void* handle() const { return m_handle; }
+    template <typename Function>
+    Function find(const char* name) const {
+        void* symbol = dlsym(m_handle, name);
+        if (symbol == nullptr) throw std::runtime_error(dlerror());
+        return reinterpret_cast<Function>(symbol);
+    }
+
+private:
+    void* m_handle;
+};
+
+// The simulated backend, put back to its start.
+class Sim : public Library {
+public:
+    Sim() : Library(SIM_BACKEND_LIBRARY) { find<ZantSimClearFn>("ZantSim_clear")(); }
+
+    std::vector<std::string> ledger() const {
+        const auto size = find<ZantSimLedgerSizeFn>("ZantSim_ledgerSize");
+        const auto entry = find<ZantSimLedgerEntryFn>("ZantSim_ledgerEntry");
+        std::vector<std::string> lines(size());
+        for (size_t i = 0; i < lines.size(); ++i) {
+            char text[512];
+            entry(i, text, sizeof(text));
+            lines[i] = text;
+        }
+        return lines;
+    }
+    void setVersion(uint32_t major, uint32_t minor) const {
+        find<ZantSimSetApiVersionFn>("ZantSim_setApiVersion")(major, minor, 0);
+    }
+    void setProviders(std::vector<uint32_t> ids) const {
+        find<ZantSimSetProvidersFn>("ZantSim_setProviders")(ids.data(), ids.size());
+    }
+    void failNthCall(const char* operation, uint32_t n, uint64_t status) const {
+        find<ZantSimFailNthCallFn>("ZantSim_failNthCall")(operation, n, status);
+    }
+    ZantInterfaceGetProviders getProviders() const {
+        return find<ZantInterfaceGetProviders>("ZantInterface_getProviders");
+    }
+};
+
+// An object of the extension library that logs into errors(); the library is unloaded with it.
+class Extension {
+public:
+    Extension()
+        : m_library(EXTENSIONS_LIBRARY),
+          m_destroy(m_library.find<decltype(m_destroy)>("destroyBackendInterface")),
+          m_object(m_library.find<decltype(&createBackendInterface)>("createBackendInterface")()) {
+        errors().clear();
+        m_object->setupLogging(capture, ZANT_LOG_LEVEL_ERROR);
+    }
+    Extension(const Extension&) = delete;
+    Extension& operator=(const Extension&) = delete;
+    ~Extension() { m_destroy(m_object); }
+
+    zant::tools::runhost::IBackend* operator->() const { return m_object; }
+
+    // The level 1 lines since the newest object was made, expanded.
+    static std::vector<std::string>& errors() {
+        static std::vector<std::string> lines;
+        return lines;
+    }
+
+private:
+    static void capture(const char* format, ZantLogLevel, uint64_t, va_list arguments) {
+        char text[512];
+        std::vsnprintf(text, sizeof(text), format, arguments);
+        errors().emplace_back(text);
+    }
+
+    Library m_library;
+    decltype(&destroyBackendInterface) m_destroy;
+    zant::tools::runhost::IBackend* m_object;
+};
+
+}  // namespace testing_support

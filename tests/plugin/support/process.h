@@ -1,0 +1,67 @@
+// Another program's run: its exit status and what it printed.
+#pragma once
+
+#include <sys/wait.h>
+
+#include <array>
+#include <cstdio>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace testing_support {
+
+struct ProcessResult {
+    int status;  // -1 when it did not exit by itself
+    std::string output;
+
+    std::vector<std::string> lines() const {
+        std::vector<std::string> all;
+        std::istringstream stream(output);
+        for (std::string line; std::getline(stream, line);) all.push_back(line);
+        return all;
+    }
+};
+
+// Runs the reference host. Standard output is taken, and standard error too unless the arguments send it elsewhere.
+inline ProcessResult runHost(const std::string& arguments) {
+    const std::string command = "{ '" RUNHOST "' " + arguments + "; } 2>&1";
+    std::FILE* pipe = popen(command.c_str(), "r");
+    std::string output;
+    std::array<char, 4096> block{};
+    while (const size_t length = std::fread(block.data(), 1, block.size(), pipe)) output.append(block.data(), length);
+    const int status = pclose(pipe);
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, output};
+}
+
+inline std::string example(const std::string& name) {
+    return EXAMPLES_DIR "/" + name;
+}
+
+inline std::string readText(const std::string& path) {
+    std::ifstream file(path);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// A file of this test's own; gone with the object.
+class TemporaryDocument {
+public:
+    explicit TemporaryDocument(const std::string& text)
+        : m_path(testing::TempDir() + "runhost_" + testing::UnitTest::GetInstance()->current_test_info()->name() +
+                 ".json") {
+        std::ofstream(m_path) << text;
+    }
+    TemporaryDocument(const TemporaryDocument&) = delete;
+    TemporaryDocument& operator=(const TemporaryDocument&) = delete;
+    ~TemporaryDocument() { std::remove(m_path.c_str()); }
+
+    const std::string& path() const { return m_path; }
+
+private:
+    std::string m_path;
+};
+
+}  // namespace testing_support
