@@ -118,6 +118,7 @@ private:
 
 bool ConfigDocument::parse(std::unique_ptr<char[]> text, size_t size) {
     m_text = std::move(text);
+    m_size = size;
     m_tree.SetNull();
     const char* end = m_text.get() + size;
     if (size > MAX_DOCUMENT_BYTES) return false;

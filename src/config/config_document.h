@@ -16,12 +16,15 @@ public:
     bool parse(std::unique_ptr<char[]> text, size_t size);
 
     const JsonValue& root() const noexcept { return m_tree; }
+    // Bytes of the text.
+    size_t size() const noexcept { return m_size; }
     // How many booleans, strings and numbers the document holds as values.
     size_t scalarCount() const noexcept { return m_scalarCount; }
 
 private:
     std::unique_ptr<char[]> m_text;
     JsonTree m_tree;
+    size_t m_size = 0;
     size_t m_scalarCount = 0;
 };
 

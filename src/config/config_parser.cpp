@@ -25,7 +25,7 @@ bool KORConfigParser::parseConfig(const std::string& config, std::vector<KORDevi
     }
     bool result = parseDevices(keys, devices, *this);
     result = parseGraphs(document, keys, graphs) && result;
-    result = parseContexts(keys, contexts) && result;
+    result = parseContexts(document, keys, contexts) && result;
     result = parseGroupContext(keys, groupContext) && result;
     result = parseMemory(keys, memory) && result;
     if (devices.empty()) return result;

@@ -41,7 +41,7 @@ private:
 // The sections. Each walks all flat keys; false after a failure that it logged, or one that ends it without a line.
 bool parseDevices(const FlatKeyList& keys, std::vector<KORDeviceConfig>& devices, KORConfigParser& parser);
 bool parseGraphs(const ConfigDocument& document, const FlatKeyList& keys, std::vector<KORGraphConfig>& graphs);
-bool parseContexts(const FlatKeyList& keys, std::vector<KORContextConfig>& contexts);
+bool parseContexts(const ConfigDocument& document, const FlatKeyList& keys, std::vector<KORContextConfig>& contexts);
 bool parseGroupContext(const FlatKeyList& keys, KORGroupContextConfig& groupContext);
 bool parseMemory(const FlatKeyList& keys, KORMemoryConfig& memory);
 

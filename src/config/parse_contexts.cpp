@@ -10,10 +10,6 @@ namespace zant::kor {
 
 namespace {
 
-// Groups that a document may ask for; an index beyond counts as one that cannot be grown to, so that a number in a
-// member name never decides how much memory is taken.
-constexpr uint32_t MAX_PRELOAD_GROUPS = 65536;
-
 // "context" is an array of items or a single object; the object's member names are no index, so that it makes one
 // record at index 0.
 struct ContextWalk {
@@ -21,6 +17,7 @@ struct ContextWalk {
     static constexpr KeyElement element = KeyElement::context;
 
     SectionRecords<KORContextConfig> records;
+    const ConfigDocument& document;
 
     KORContextConfig& inForce() const { return records.inForce(); }
     bool handle(const FlatKey& key);
@@ -77,11 +74,13 @@ bool readExtendedUdma(ContextWalk& walk, const FlatKey& key, const char*) {
     return true;
 }
 
-void addToPreloadGroup(KORContextConfig& context, std::string_view digits, const FlatKey& key) {
+// A group takes bytes of the document, so that an index beyond its size stands in a member name: that is a growth
+// which fails, lest a number in a name decides how much memory is taken.
+void addToPreloadGroup(const ContextWalk& walk, std::string_view digits, const FlatKey& key) {
     uint32_t group = 0;
     const auto read = std::from_chars(digits.data(), digits.data() + digits.size(), group);
-    if (read.ec != std::errc() || group >= MAX_PRELOAD_GROUPS) throw std::out_of_range("group index");
-    auto& groups = context.loraPreloadBufferGroups;
+    if (read.ec != std::errc() || group >= walk.document.size()) throw std::out_of_range("group index");
+    auto& groups = walk.inForce().loraPreloadBufferGroups;
     if (groups.size() <= group) groups.resize(size_t{group} + 1);
     const std::string& name = groups[group].emplace_back(getString(key));
     ZANT_LOG_INFO("Key: lora_preload_buffer_group[%u] += %s", static_cast<unsigned>(group), name.c_str());
@@ -100,7 +99,7 @@ bool readLoraPreloadBufferGroup(ContextWalk& walk, const FlatKey& key, const cha
     const bool isIndex = !digits.empty() && digits.find_first_not_of("0123456789") == std::string_view::npos;
     try {
         if (!isIndex) throw std::invalid_argument("group index");
-        addToPreloadGroup(walk.inForce(), digits, key);
+        addToPreloadGroup(walk, digits, key);
     } catch (const std::exception&) {
         ZANT_LOG_ERROR("Invalid lora_preload_buffer_group index in key: %s", text.c_str());
     }
@@ -184,8 +183,8 @@ bool ContextWalk::handle(const FlatKey& key) {
 
 }  // namespace
 
-bool parseContexts(const FlatKeyList& keys, std::vector<KORContextConfig>& contexts) {
-    ContextWalk walk{SectionRecords<KORContextConfig>(contexts)};
+bool parseContexts(const ConfigDocument& document, const FlatKeyList& keys, std::vector<KORContextConfig>& contexts) {
+    ContextWalk walk{SectionRecords<KORContextConfig>(contexts), document};
     return walkSection(keys, walk);
 }
 

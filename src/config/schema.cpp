@@ -5,6 +5,7 @@
 #include <rapidjson/writer.h>
 
 #include <cstddef>
+#include <new>
 #include <type_traits>
 
 #include "platform/logger.h"
@@ -24,7 +25,7 @@ using SchemaDocument = rapidjson::GenericSchemaDocument<JsonValue, JsonPool>;
 using TextBuffer = rapidjson::GenericStringBuffer<JsonEncoding, ThrowingAllocator>;
 using TextWriter = rapidjson::Writer<TextBuffer, JsonEncoding, JsonEncoding, ThrowingAllocator>;
 using Validator =
-    rapidjson::GenericSchemaValidator<SchemaDocument, rapidjson::BaseReaderHandler<JsonEncoding>, ThrowingAllocator>;
+    rapidjson::GenericSchemaValidator<SchemaDocument, rapidjson::BaseReaderHandler<JsonEncoding>, JsonPool>;
 
 template <class Pointer>
 void writeFragment(TextWriter& writer, const char* name, const Pointer& pointer) {
@@ -85,9 +86,11 @@ bool validateDocument(const ConfigDocument& document, const char* text) {
         return false;
     }
     const auto schema = compileSchema<SchemaDocument>(schemaTree, pool);
-    Validator validator(schema);
-    if (document.root().Accept(validator)) return true;
-    logSchemaFault(validator);
+    // Whatever the validator holds lies in the pool, and it is never destroyed: left by a shortage of memory it would
+    // follow pointers that it has not set yet.
+    auto* validator = new (pool.Malloc(sizeof(Validator))) Validator(schema, &pool);
+    if (document.root().Accept(*validator)) return true;
+    logSchemaFault(*validator);
     return false;
 }
 

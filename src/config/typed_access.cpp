@@ -40,7 +40,8 @@ const JsonValue* findValue(const ConfigDocument& document, std::string_view key)
     }
     std::string text(key.front() == '/' ? "" : "/");
     text += key;
-    const JsonPointer pointer(text.data(), text.size());
+    ThrowingAllocator allocator;  // one of its own the pointer would lose when memory is short
+    const JsonPointer pointer(text.data(), text.size(), &allocator);
     return pointer.IsValid() ? pointer.Get(document.root()) : nullptr;
 }
 

@@ -45,7 +45,7 @@ ReadFileStatus readWholeFile(const char* path, size_t maxSize, FileContents& con
 
 // --- Clock.
 
-// Wall clock in nanoseconds since 1970, in steps of 100 or finer.
+// Wall clock in nanoseconds since 1970, in steps of 100.
 uint64_t wallClockNs() noexcept;
 
 }  // namespace zant::system

@@ -208,7 +208,8 @@ ReadFileStatus readWholeFile(const char* path, size_t maxSize, FileContents& con
 uint64_t wallClockNs() noexcept {
     timespec now{};
     clock_gettime(CLOCK_REALTIME, &now);
-    return static_cast<uint64_t>(now.tv_sec) * 1'000'000'000U + static_cast<uint64_t>(now.tv_nsec);
+    const auto nanoseconds = static_cast<uint64_t>(now.tv_nsec);
+    return static_cast<uint64_t>(now.tv_sec) * 1'000'000'000U + nanoseconds - nanoseconds % 100;
 }
 
 }  // namespace zant::system
