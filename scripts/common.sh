@@ -31,12 +31,12 @@ need() {
   DEBIAN_FRONTEND=noninteractive "${sudo[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
 }
 
-# Configures and builds one preset; further arguments go to the configuration.
+# Configures and builds one preset whole; further arguments go to the configuration and may leave parts out.
 build() {
   local preset=$1
   shift
   say "building preset $preset"
-  cmake --preset "$preset" -DCMAKE_CXX_COMPILER_LAUNCHER=ccache "$@" >"build-$preset.log" 2>&1 || {
+  cmake --preset "$preset" -DCMAKE_CXX_COMPILER_LAUNCHER=ccache -DZELMAR_KOR_HOST=ON -DZELMAR_KOR_TESTS=ON "$@" >"build-$preset.log" 2>&1 || {
     cat "build-$preset.log" >&2
     exit 1
   }

@@ -8,8 +8,7 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cinttypes>
-#include <cstdio>
+#include <charconv>
 #include <cstring>
 #include <fstream>
 #include <new>
@@ -73,9 +72,12 @@ std::string mappedFile(const void* address) {
     std::ifstream maps("/proc/self/maps");
     std::string line;
     while (std::getline(maps, line)) {
+        // A line begins with the range's ends in hexadecimal, a hyphen between them.
         uintptr_t begin = 0;
         uintptr_t end = 0;
-        if (std::sscanf(line.c_str(), "%" SCNxPTR "-%" SCNxPTR, &begin, &end) != 2) continue;
+        const char* last = line.data() + line.size();
+        const std::from_chars_result first = std::from_chars(line.data(), last, begin, 16);
+        if (first.ptr == last || std::from_chars(first.ptr + 1, last, end, 16).ec != std::errc()) continue;
         const auto wanted = reinterpret_cast<uintptr_t>(address);
         const size_t nameAt = line.find('/');
         if (begin <= wanted && wanted < end) return nameAt == std::string::npos ? "" : line.substr(nameAt);
