@@ -167,6 +167,8 @@ bool GraphWalk::handle(const FlatKey& key) {
 }  // namespace
 
 bool parseGraphs(const ConfigDocument& document, const FlatKeyList& keys, std::vector<KORGraphConfig>& graphs) {
+    const JsonValue* items = findValue(document, "graphs");
+    if (items != nullptr && items->IsArray()) graphs.reserve(graphs.size() + items->Size());
     GraphWalk walk{SectionRecords<KORGraphConfig>(graphs), document};
     return walkSection(keys, walk);
 }
