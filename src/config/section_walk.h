@@ -8,6 +8,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "config/flat_keys.h"
@@ -93,92 +94,72 @@ inline const char* boolWord(bool value) {
     return value ? "true" : "false";
 }
 
-// Actions of rows. The value is read before the record in force is looked up.
-template <auto Field>
-struct BoolTo {
+// How a value is read, and what its line prints: the conversion, and the argument cast to that conversion's type.
+struct AsFlag {
     static constexpr std::string_view conversion = "d";
-    template <class Walk>
-    static bool apply(Walk& walk, const FlatKey& key, const char* line) {
-        const bool value = getBool(key);
-        walk.inForce().*Field = value;
-        ZANT_LOG_INFO(line, static_cast<int>(value));
-        return true;
-    }
+    static bool read(const FlatKey& key) { return getBool(key); }
+    static int argument(bool value) { return static_cast<int>(value); }
 };
-
-template <auto Field>
-struct BoolWordTo {
+struct AsWord {
     static constexpr std::string_view conversion = "s";
-    template <class Walk>
-    static bool apply(Walk& walk, const FlatKey& key, const char* line) {
-        const bool value = getBool(key);
-        walk.inForce().*Field = value;
-        ZANT_LOG_INFO(line, boolWord(value));
-        return true;
-    }
+    static bool read(const FlatKey& key) { return getBool(key); }
+    static const char* argument(bool value) { return boolWord(value); }
 };
-
-template <auto Field>
-struct Uint32To {
+struct AsInteger {
     static constexpr std::string_view conversion = "d";
-    template <class Walk>
-    static bool apply(Walk& walk, const FlatKey& key, const char* line) {
-        const uint32_t value = getUint32(key);
-        walk.inForce().*Field = value;
-        ZANT_LOG_INFO(line, static_cast<int>(value));
-        return true;
-    }
+    static uint32_t read(const FlatKey& key) { return getUint32(key); }
+    static int argument(uint32_t value) { return static_cast<int>(value); }
 };
-
-template <auto Field>
-struct UnsignedTo {
+struct AsUnsigned {
     static constexpr std::string_view conversion = "u";
-    template <class Walk>
-    static bool apply(Walk& walk, const FlatKey& key, const char* line) {
-        const uint32_t value = getUint32(key);
-        walk.inForce().*Field = value;
-        ZANT_LOG_INFO(line, static_cast<unsigned>(value));
-        return true;
-    }
+    static uint32_t read(const FlatKey& key) { return getUint32(key); }
+    static unsigned argument(uint32_t value) { return static_cast<unsigned>(value); }
 };
-
-template <auto Field>
-struct Uint64To {
+struct AsCutInteger {
     static constexpr std::string_view conversion = "d";
-    template <class Walk>
-    static bool apply(Walk& walk, const FlatKey& key, const char* line) {
-        const uint64_t value = getUint64(key);
-        walk.inForce().*Field = value;
-        ZANT_LOG_INFO(line, static_cast<int>(value));
-        return true;
-    }
+    static uint64_t read(const FlatKey& key) { return getUint64(key); }
+    static int argument(uint64_t value) { return static_cast<int>(value); }
 };
-
-// For lines that print a long: the width of the platform's long decides what is seen of a large value.
-template <auto Field>
-struct LongTo {
+// The width of the platform's long decides what is seen of a large value.
+struct AsLong {
     static constexpr std::string_view conversion = "lu";
+    static uint64_t read(const FlatKey& key) { return getUint64(key); }
+    static unsigned long argument(uint64_t value) { return static_cast<unsigned long>(value); }
+};
+struct AsText {
+    static constexpr std::string_view conversion = "s";
+    static std::string read(const FlatKey& key) { return getString(key); }
+    static const char* argument(const std::string& value) { return value.c_str(); }
+};
+
+// The action of most rows: read the value, store it in the record in force, log it. In this order.
+template <auto Field, class Kind>
+struct Store {
+    static constexpr std::string_view conversion = Kind::conversion;
     template <class Walk>
     static bool apply(Walk& walk, const FlatKey& key, const char* line) {
-        const uint64_t value = getUint64(key);
-        walk.inForce().*Field = value;
-        ZANT_LOG_INFO(line, static_cast<unsigned long>(value));
+        auto value = Kind::read(key);
+        auto& field = walk.inForce().*Field;
+        field = std::move(value);
+        ZANT_LOG_INFO(line, Kind::argument(field));
         return true;
     }
 };
 
 template <auto Field>
-struct StringTo {
-    static constexpr std::string_view conversion = "s";
-    template <class Walk>
-    static bool apply(Walk& walk, const FlatKey& key, const char* line) {
-        std::string value = getString(key);
-        std::string& field = walk.inForce().*Field;
-        field = std::move(value);
-        ZANT_LOG_INFO(line, field.c_str());
-        return true;
-    }
-};
+using BoolTo = Store<Field, AsFlag>;
+template <auto Field>
+using BoolWordTo = Store<Field, AsWord>;
+template <auto Field>
+using Uint32To = Store<Field, AsInteger>;
+template <auto Field>
+using UnsignedTo = Store<Field, AsUnsigned>;
+template <auto Field>
+using Uint64To = Store<Field, AsCutInteger>;
+template <auto Field>
+using LongTo = Store<Field, AsLong>;
+template <auto Field>
+using StringTo = Store<Field, AsText>;
 
 // Handles the section's keys with handle(key), which returns false to end the section. A value of the wrong kind ends
 // the section too, with one line; std::out_of_range passes and ends the load.
