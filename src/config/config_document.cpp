@@ -30,11 +30,12 @@ const char* skipString(const char* at, const char* end) {
     return at == end ? end : at + 1;
 }
 
-// Whether the digits that begin at first are those of an exponent that is too long.
+// Whether the run of digits from first to last is that of an exponent that is too long.
 bool isAbsurdExponent(const char* text, const char* first, const char* last) {
-    while (first != last && *first == '0') ++first;
-    if (last - first <= MAX_EXPONENT_DIGITS) return false;
-    while (first != text && (isDigit(first[-1]) || first[-1] == '+' || first[-1] == '-')) --first;
+    const char* significant = first;
+    while (significant != last && *significant == '0') ++significant;
+    if (last - significant <= MAX_EXPONENT_DIGITS) return false;
+    if (first != text && (first[-1] == '+' || first[-1] == '-')) --first;
     return first != text && (first[-1] == 'e' || first[-1] == 'E');
 }
 
@@ -120,8 +121,8 @@ bool ConfigDocument::parse(std::unique_ptr<char[]> text, size_t size) {
     m_text = std::move(text);
     m_size = size;
     m_tree.SetNull();
-    const char* end = m_text.get() + size;
     if (size > MAX_DOCUMENT_BYTES) return false;
+    const char* end = m_text.get() + std::strlen(m_text.get());
     if (mayHaveAbsurdExponent(m_text.get(), end) && hasAbsurdExponent(m_text.get(), end)) return false;
     rapidjson::GenericReader<JsonEncoding, JsonEncoding, ThrowingAllocator> reader;
     rapidjson::GenericInsituStringStream<JsonEncoding> stream(m_text.get());

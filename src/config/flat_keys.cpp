@@ -78,6 +78,30 @@ std::string FlatKey::text() const {
     return text;
 }
 
+std::string FlatKey::textFrom(KeyWord word, WordPlace& place) const {
+    // The highest node that holds the word has it in its own name.
+    const PathNode* holder = nullptr;
+    for (const PathNode* node = m_parent; node->parent != nullptr && node->search.found.has(word);) {
+        holder = node;
+        node = node->parent;
+    }
+    const NameStep* step = holder == nullptr ? m_name : holder->step.name;
+    if (place.step != step) place = {step, step->name.find(KEY_WORDS[static_cast<size_t>(word)])};
+    const std::string_view fromWord = step->name.substr(place.offset);
+    std::string text;
+    if (holder != nullptr) {
+        this->step().appendReversedTo(text);
+        for (const PathNode* node = m_parent; node != holder; node = node->parent) {
+            text.push_back('/');
+            node->step.appendReversedTo(text);
+        }
+        text.push_back('/');
+    }
+    text.append(fromWord.rbegin(), fromWord.rend());
+    std::reverse(text.begin(), text.end());
+    return text;
+}
+
 KeyElements FlatKey::elements() const {
     KeyElements elements = m_parent->elements;
     elements.addStep(step());

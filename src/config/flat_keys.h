@@ -95,6 +95,12 @@ struct PathNode {
     uint32_t textLength = 0;
 };
 
+// Where a word stands in the last key that was asked for it. Neighbours mostly share the place.
+struct WordPlace {
+    const NameStep* step = nullptr;
+    size_t offset = 0;
+};
+
 // Borrows from the list that it stands in.
 class FlatKey {
 public:
@@ -102,6 +108,9 @@ public:
         : m_parent(parent), m_name(step.name), m_index(step.index), m_value(value) {}
 
     std::string text() const;
+    // The text from the first place of the word on, which the key holds and which has no '/'. What stands before it may
+    // be long and shared by many keys: it is not built.
+    std::string textFrom(KeyWord word, WordPlace& place) const;
     size_t length() const noexcept { return m_parent->textLength + step().length(); }
     bool isEmpty() const noexcept { return length() == 0; }
     // The words that stand anywhere in the key.

@@ -9,6 +9,9 @@ namespace {
 // Members of an object up to which a look-up goes through all of them.
 constexpr rapidjson::SizeType LINEAR_LIMIT = 48;
 
+// What keeps a member name from being one pointer token as it stands.
+constexpr std::string_view NOT_PLAIN("/~\0", 3);
+
 constexpr bool noWordEndsInDigit() {
     return std::none_of(KEY_WORDS.begin(), KEY_WORDS.end(),
                         [](std::string_view text) { return text.back() >= '0' && text.back() <= '9'; });
@@ -83,7 +86,7 @@ MemberName& MemberNames::find(std::string_view text) {
         if (isNew) {
             entry->second = &m_names.emplace_back();
             entry->second->text = text;
-            entry->second->isPlain = text.find_first_of("/~") == std::string_view::npos;
+            entry->second->isPlain = text.find_first_of(NOT_PLAIN) == std::string_view::npos;
         }
         expected = entry->second;
         if (m_previous != nullptr) m_previous->follower = expected;
@@ -195,7 +198,8 @@ const JsonValue* KeyCollector::reachName(const JsonValue* from, std::string_view
 
 const JsonValue* KeyCollector::reachToken(const JsonValue* from, std::string_view token) {
     if (from == nullptr) return nullptr;
-    if (from->IsObject()) return m_members.find(*from, token);
+    // The pointer's token ends at its first zero byte, so that a name which holds one is never reached.
+    if (from->IsObject()) return m_members.find(*from, token.substr(0, token.find('\0')));
     rapidjson::SizeType index = 0;
     if (!from->IsArray() || !readPointerIndex(token, index) || index >= from->Size()) return nullptr;
     return &(*from)[index];

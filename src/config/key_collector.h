@@ -39,7 +39,7 @@ private:
 // A distinct member name of the document.
 struct MemberName {
     std::string_view text;
-    bool isPlain = true;             // without '/' and '~', so that it is one pointer token as it stands
+    bool isPlain = true;             // one pointer token as it stands
     uint64_t lastObject = 0;         // serial number of the object that it was last seen in
     MemberName* follower = nullptr;  // the name that came next when it was last seen
     const NameStep* steps = nullptr;

@@ -6,25 +6,12 @@
 #include <string>
 
 #include "config/flat_keys.h"
+#include "config/perf_numbers.h"
 
 namespace zant::kor {
 
 // Marks a value refused at load.
 constexpr uint32_t INVALID_OPTION_VALUE = 0x7FFFFFFFU;
-
-// Perf profile numbers that the code itself names; the whole table stands in option_tables.cpp.
-constexpr uint32_t PERF_PROFILE_HIGH_PERFORMANCE = 3;
-constexpr uint32_t PERF_PROFILE_NOT_SET = 21;
-constexpr uint32_t PERF_PROFILE_CUSTOM = 22;
-
-// Stages of a graph's life; they index customPerfStates and number the perf events.
-constexpr uint32_t GRAPH_STATE_INIT_START = 0;
-constexpr uint32_t GRAPH_STATE_INIT_DONE = 1;
-constexpr uint32_t GRAPH_STATE_INFERENCE_START = 2;
-constexpr uint32_t GRAPH_STATE_INFERENCE_DONE = 3;
-constexpr uint32_t GRAPH_STATE_DEINIT_START = 4;
-constexpr uint32_t GRAPH_STATE_DEINIT_DONE = 5;
-constexpr uint32_t GRAPH_STATE_COUNT = 6;
 
 // The number, or INVALID_OPTION_VALUE after a level 1 line that names what was not found.
 uint32_t lookupVoltageCorner(const std::string& name);

@@ -2,6 +2,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "config/config_parser.h"
 #include "config/section_walk.h"
@@ -17,7 +18,8 @@ struct ContextWalk {
     static constexpr KeyElement element = KeyElement::context;
 
     SectionRecords<KORContextConfig> records;
-    const ConfigDocument& document;
+    size_t groupBudget;     // preload groups that may still be made
+    WordPlace groupWord{};  // where the groups' word stands in the keys at hand
 
     KORContextConfig& inForce() const { return records.inForce(); }
     bool handle(const FlatKey& key);
@@ -74,22 +76,27 @@ bool readExtendedUdma(ContextWalk& walk, const FlatKey& key, const char*) {
     return true;
 }
 
-// A group takes bytes of the document, so that an index beyond its size stands in a member name: that is a growth
-// which fails, lest a number in a name decides how much memory is taken.
-void addToPreloadGroup(const ContextWalk& walk, std::string_view digits, const FlatKey& key) {
+// Grows the groups to hold this one. A group takes bytes of the document, so that all of them together are no more
+// than its bytes; an index beyond that stands in a member name, and counts as a growth that fails: no number in a name
+// may decide how much memory is taken.
+std::vector<std::string>& preloadGroup(ContextWalk& walk, std::string_view digits) {
     uint32_t group = 0;
     const auto read = std::from_chars(digits.data(), digits.data() + digits.size(), group);
-    if (read.ec != std::errc() || group >= walk.document.size()) throw std::out_of_range("group index");
+    if (read.ec != std::errc()) throw std::out_of_range("group index");
     auto& groups = walk.inForce().loraPreloadBufferGroups;
-    if (groups.size() <= group) groups.resize(size_t{group} + 1);
-    const std::string& name = groups[group].emplace_back(getString(key));
-    ZANT_LOG_INFO("Key: lora_preload_buffer_group[%u] += %s", static_cast<unsigned>(group), name.c_str());
+    if (groups.size() <= group) {
+        const size_t grown = size_t{group} + 1 - groups.size();
+        if (grown > walk.groupBudget) throw std::length_error("group index");
+        groups.resize(size_t{group} + 1);
+        walk.groupBudget -= grown;
+    }
+    return groups[group];
 }
 
 // A key ends in <word>/<group>/<position>; strings are appended in document order, whatever the position says.
 bool readLoraPreloadBufferGroup(ContextWalk& walk, const FlatKey& key, const char*) {
     constexpr std::string_view prefix = "lora_preload_buffer_group/";
-    const std::string text = key.text();
+    const std::string text = key.textFrom(word("lora_preload_buffer_group"), walk.groupWord);
     const size_t found = text.find(prefix);
     if (found == std::string::npos) return true;
     const std::string_view behind = std::string_view(text).substr(found + prefix.size());
@@ -99,9 +106,12 @@ bool readLoraPreloadBufferGroup(ContextWalk& walk, const FlatKey& key, const cha
     const bool isIndex = !digits.empty() && digits.find_first_not_of("0123456789") == std::string_view::npos;
     try {
         if (!isIndex) throw std::invalid_argument("group index");
-        addToPreloadGroup(walk, digits, key);
+        auto& group = preloadGroup(walk, digits);
+        const std::string& name = group.emplace_back(getString(key));
+        ZANT_LOG_INFO("Key: lora_preload_buffer_group[%u] += %s",
+                      static_cast<unsigned>(&group - walk.inForce().loraPreloadBufferGroups.data()), name.c_str());
     } catch (const std::exception&) {
-        ZANT_LOG_ERROR("Invalid lora_preload_buffer_group index in key: %s", text.c_str());
+        ZANT_LOG_ERROR("Invalid lora_preload_buffer_group index in key: %s", key.text().c_str());
     }
     return true;
 }
@@ -184,7 +194,7 @@ bool ContextWalk::handle(const FlatKey& key) {
 }  // namespace
 
 bool parseContexts(const ConfigDocument& document, const FlatKeyList& keys, std::vector<KORContextConfig>& contexts) {
-    ContextWalk walk{SectionRecords<KORContextConfig>(contexts), document};
+    ContextWalk walk{SectionRecords<KORContextConfig>(contexts), document.size()};
     return walkSection(keys, walk);
 }
 

@@ -21,7 +21,7 @@ struct GraphWalk {
     static constexpr KeyElement element = KeyElement::graphs;
 
     SectionRecords<KORGraphConfig> records;
-    const ConfigDocument& document;
+    const JsonValue* items;  // the document's "graphs", null for none
 
     KORGraphConfig& inForce() const { return records.inForce(); }
     bool handle(const FlatKey& key);
@@ -42,12 +42,23 @@ std::string compactText(const JsonValue& value) {
     return {text.GetString(), text.GetSize()};
 }
 
+// What the path of an item's finalize_config reaches, null for nothing. The items are looked up once: a root of many
+// members is not gone through for each graph.
+const JsonValue* findFinalizeConfig(const GraphWalk& walk) {
+    const auto index = static_cast<rapidjson::SizeType>(walk.records.index());
+    if (walk.items == nullptr || !walk.items->IsArray() || index >= walk.items->Size()) return nullptr;
+    const JsonValue& item = (*walk.items)[index];
+    if (!item.IsObject()) return nullptr;
+    const auto member = item.FindMember("finalize_config");
+    return member == item.MemberEnd() ? nullptr : &member->value;
+}
+
 // The whole object is taken on the first of its leaves.
 bool readFinalizeConfig(GraphWalk& walk, const FlatKey&, const char*) {
     std::string& stored = walk.inForce().finalizeConfig;
     if (!stored.empty()) return true;
     const std::string path = "graphs/" + std::to_string(walk.records.index()) + "/finalize_config";
-    const JsonValue* value = findValue(walk.document, path);
+    const JsonValue* value = findFinalizeConfig(walk);
     if (value == nullptr) throw std::runtime_error("Invalid key: " + path);
     if (!value->IsObject()) throw std::runtime_error("Value of key (" + path + ") is not an object");
     if (value->ObjectEmpty()) throw std::runtime_error("Value of key (" + path + ") is an empty object");
@@ -169,7 +180,7 @@ bool GraphWalk::handle(const FlatKey& key) {
 bool parseGraphs(const ConfigDocument& document, const FlatKeyList& keys, std::vector<KORGraphConfig>& graphs) {
     const JsonValue* items = findValue(document, "graphs");
     if (items != nullptr && items->IsArray()) graphs.reserve(graphs.size() + items->Size());
-    GraphWalk walk{SectionRecords<KORGraphConfig>(graphs), document};
+    GraphWalk walk{SectionRecords<KORGraphConfig>(graphs), items};
     return walkSection(keys, walk);
 }
 

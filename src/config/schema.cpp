@@ -4,10 +4,10 @@
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
-#include <cstddef>
+#include <cstdint>
 #include <new>
-#include <type_traits>
 
+#include "config/droppable_heap.h"
 #include "platform/logger.h"
 
 namespace zant::kor {
@@ -18,14 +18,37 @@ constexpr char schemaText[] =
 #include "config_schema.inc"
     ;
 
-// Chunk of the pool that holds the compiled schema: below the size at which malloc maps fresh pages for each block.
-constexpr size_t SCHEMA_POOL_BYTES = size_t{64} << 10;
-
-using SchemaDocument = rapidjson::GenericSchemaDocument<JsonValue, JsonPool>;
+using SchemaDocument = rapidjson::GenericSchemaDocument<JsonValue, DroppableAllocator>;
 using TextBuffer = rapidjson::GenericStringBuffer<JsonEncoding, ThrowingAllocator>;
 using TextWriter = rapidjson::Writer<TextBuffer, JsonEncoding, JsonEncoding, ThrowingAllocator>;
 using Validator =
-    rapidjson::GenericSchemaValidator<SchemaDocument, rapidjson::BaseReaderHandler<JsonEncoding>, JsonPool>;
+    rapidjson::GenericSchemaValidator<SchemaDocument, rapidjson::BaseReaderHandler<JsonEncoding>, DroppableAllocator>;
+
+// Passes a document's values on to the validator, which negates the smallest 64-bit integer and so overflows. The
+// next one stands in for it: to this schema they are alike.
+class ValidatorInput {
+public:
+    explicit ValidatorInput(Validator& validator) : m_validator(validator) {}
+
+    bool Null() { return m_validator.Null(); }
+    bool Bool(bool value) { return m_validator.Bool(value); }
+    bool Int(int value) { return m_validator.Int(value); }
+    bool Uint(unsigned value) { return m_validator.Uint(value); }
+    bool Int64(int64_t value) { return m_validator.Int64(value == INT64_MIN ? INT64_MIN + 1 : value); }
+    bool Uint64(uint64_t value) { return m_validator.Uint64(value); }
+    bool Double(double value) { return m_validator.Double(value); }
+    bool String(const char* text, rapidjson::SizeType length, bool copy) {
+        return m_validator.String(text, length, copy);
+    }
+    bool StartObject() { return m_validator.StartObject(); }
+    bool Key(const char* text, rapidjson::SizeType length, bool copy) { return m_validator.Key(text, length, copy); }
+    bool EndObject(rapidjson::SizeType count) { return m_validator.EndObject(count); }
+    bool StartArray() { return m_validator.StartArray(); }
+    bool EndArray(rapidjson::SizeType count) { return m_validator.EndArray(count); }
+
+private:
+    Validator& m_validator;
+};
 
 template <class Pointer>
 void writeFragment(TextWriter& writer, const char* name, const Pointer& pointer) {
@@ -53,16 +76,6 @@ void writeError(TextWriter& writer, AnyValidator& validator) {
     }
 }
 
-// The constructor's arguments grew between RapidJSON's versions; the compiled schema lives in the caller's pool.
-template <class Schema>
-Schema compileSchema(const JsonValue& tree, JsonPool& pool) {
-    if constexpr (std::is_constructible_v<Schema, const JsonValue&, std::nullptr_t, JsonPool*>) {
-        return Schema(tree, nullptr, &pool);
-    } else {
-        return Schema(tree, nullptr, 0, nullptr, &pool);
-    }
-}
-
 void logSchemaFault(Validator& validator) {
     TextBuffer place;
     validator.GetInvalidDocumentPointer().Stringify(place);
@@ -77,19 +90,23 @@ void logSchemaFault(Validator& validator) {
 
 const char* const configSchemaText = schemaText;
 
+thread_local DroppableHeap* DroppableHeap::t_current = nullptr;
+
 bool validateDocument(const ConfigDocument& document, const char* text) {
-    JsonPool pool(SCHEMA_POOL_BYTES);
-    JsonTree schemaTree(&pool);
+    JsonTree schemaTree;
     schemaTree.Parse(text);
     if (schemaTree.HasParseError()) {
         ZANT_LOG_ERROR("Backend provided schema is not valid JSON, check format");
         return false;
     }
-    const auto schema = compileSchema<SchemaDocument>(schemaTree, pool);
-    // Whatever the validator holds lies in the pool, and it is never destroyed: left by a shortage of memory it would
-    // follow pointers that it has not set yet.
-    auto* validator = new (pool.Malloc(sizeof(Validator))) Validator(schema, &pool);
-    if (document.root().Accept(*validator)) return true;
+    // Schema and validator hold memory of this heap only, and are never destroyed but go with it: left by a shortage of
+    // memory they would follow pointers that they have not set yet.
+    DroppableHeap heap;
+    DroppableAllocator allocator;
+    const auto* schema = new (heap.allocate(sizeof(SchemaDocument))) SchemaDocument(schemaTree);
+    auto* validator = new (heap.allocate(sizeof(Validator))) Validator(*schema, &allocator);
+    ValidatorInput input(*validator);
+    if (document.root().Accept(input)) return true;
     logSchemaFault(*validator);
     return false;
 }
