@@ -51,7 +51,7 @@ INSTANTIATE_TEST_SUITE_P(
                             R"({"context":{")" + std::string(200000, 'x') + R"(lora_preload_buffer_group":[)" +
                                 repeated(R"(["a"])", 50000, ",") + "]}}",
                             true}),
-    [](const testing::TestParamInfo<Hostile>& info) { return info.param.name; });
+    [](const testing::TestParamInfo<Hostile>& each) { return each.param.name; });
 
 }  // namespace
 }  // namespace zant::test
