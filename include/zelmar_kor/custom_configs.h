@@ -59,6 +59,100 @@ static_assert(sizeof(KORExtensionOption) == 16);
 static_assert(offsetof(KORExtensionOption, option) == 0);
 static_assert(offsetof(KORExtensionOption, extensionSwitch) == 8);
 
+// Options of KORGraphCustomConfig. The numbers are wire values.
+enum KORGraphOption : uint32_t {
+    KOR_GRAPH_OPTION_TUNING = 1,                              // a family: sub-option and float value
+    KOR_GRAPH_OPTION_FP16_RELAXED_PRECISION = 2,              // number 1
+    KOR_GRAPH_OPTION_SPAD_SIZE_MB = 3,                        // number
+    KOR_GRAPH_OPTION_FOLD_RELU_ACTIVATION_INTO_CONV_OFF = 4,  // flag 1
+    KOR_GRAPH_OPTION_SHORT_DEPTH_CONV_ON_DRU_OFF = 5,         // flag 1
+    KOR_GRAPH_OPTION_SLU_THREADS = 6,                         // number64
+    KOR_GRAPH_OPTION_FINALIZE = 7,                            // the finalize view
+    KOR_GRAPH_OPTION_NUM_CORES = 8,                           // number
+    KOR_GRAPH_OPTION_SPAD_SIZE_BYTES = 10,                    // number
+    KOR_GRAPH_OPTION_DRU_OP_BOUNDING = 11,                    // real and second: frequencies of DRU and DSP core
+    KOR_GRAPH_OPTION_WEIGHTS_PACKING = 12,                    // flag 1
+    KOR_GRAPH_OPTION_ASSUME_SAME_QUANT = 13,                  // flag 1
+    KOR_GRAPH_OPTION_SHARE_IO_BUFFER = 14,                    // flag 1
+    KOR_GRAPH_OPTION_ADVANCED_ACTIVATION_FUSION = 15,         // flag 0
+    KOR_GRAPH_OPTION_HIGH_PRECISION_SIGMOID = 16,             // flag 1
+    KOR_GRAPH_OPTION_MONOLITHIC_LSTM = 17,                    // flag 1
+    KOR_GRAPH_OPTION_PRECISION_COMPENSATION = 18,             // flag 1
+    KOR_GRAPH_OPTION_ENABLE_PREDICATION = 19,                 // flag 1
+    KOR_GRAPH_OPTION_FP16_CLAMP_OVERFLOW = 20,                // flag 1
+    KOR_GRAPH_OPTION_DYNAMIC_PARTITIONING = 21,               // number: length of the array
+};
+
+// Sub-options of KOR_GRAPH_OPTION_TUNING.
+enum KORGraphTuning : uint32_t {
+    KOR_GRAPH_TUNING_OPTIMIZATION_LEVEL = 3,
+    KOR_GRAPH_TUNING_DLBC = 4,
+    KOR_GRAPH_TUNING_SLC_ALLOC = 7,
+    KOR_GRAPH_TUNING_SPAD_RETENTION = 8,
+    KOR_GRAPH_TUNING_CACHED_WEIGHTS = 9,
+};
+
+// Data type codes of KOR_GRAPH_OPTION_FINALIZE.
+enum KORFinalizeDataType : uint32_t {
+    KOR_FINALIZE_DATA_TYPE_INT32 = 0x32,
+    KOR_FINALIZE_DATA_TYPE_INT64 = 0x64,
+    KOR_FINALIZE_DATA_TYPE_UINT32 = 0x132,
+    KOR_FINALIZE_DATA_TYPE_UINT64 = 0x164,
+    KOR_FINALIZE_DATA_TYPE_FLOAT32 = 0x232,
+    KOR_FINALIZE_DATA_TYPE_BOOL = 0x508,
+    KOR_FINALIZE_DATA_TYPE_TEXT = 0x608,
+};
+
+// The option says which view of the values it uses; bytes that the view leaves out are 0.
+struct KORGraphCustomConfig {
+    struct Setting {
+        union First {
+            uint32_t number;
+            float real;
+            uint8_t flag;
+        } first;
+        float second;
+        const uint32_t* array;
+    };
+    // The name and a text are zero-terminated, and belong to whoever owns the record.
+    struct Finalize {
+        char* name;
+        uint32_t dataType;  // KORFinalizeDataType
+        uint32_t padding0;
+        union Value {
+            char* text;
+            uint8_t flag;
+            int32_t int32;
+            uint32_t uint32;
+            int64_t int64;
+            uint64_t uint64;
+            float float32;
+        } value;
+    };
+
+    uint32_t option;  // KORGraphOption
+    uint32_t padding0;
+    union Values {
+        uint64_t words[6];  // first, and as wide as the record allows: {} clears every byte
+        uint64_t number64;
+        Setting setting;
+        Finalize finalize;
+    } values;
+};
+
+static_assert(sizeof(KORGraphCustomConfig) == 56);
+static_assert(offsetof(KORGraphCustomConfig, option) == 0);
+static_assert(offsetof(KORGraphCustomConfig, values) == 8);
+static_assert(offsetof(KORGraphCustomConfig, values.number64) == 8);
+static_assert(offsetof(KORGraphCustomConfig, values.setting.first) == 8);
+static_assert(offsetof(KORGraphCustomConfig, values.setting.second) == 12);
+static_assert(offsetof(KORGraphCustomConfig, values.setting.array) == 16);
+static_assert(offsetof(KORGraphCustomConfig, values.finalize.name) == 8);
+static_assert(offsetof(KORGraphCustomConfig, values.finalize.dataType) == 16);
+static_assert(offsetof(KORGraphCustomConfig, values.finalize.value) == 24);
+static_assert(sizeof(KORGraphCustomConfig::Setting::First) == 4);
+static_assert(sizeof(KORGraphCustomConfig::Finalize::Value) == 8);
+
 // One graph name and the config list that applies to it, handed to the host by beforeGraphsCompose. Both are
 // borrowed until afterGraphsCompose; the list ends in a null pointer, or is null when it has no wrappers.
 struct GraphConfigInfo_t {

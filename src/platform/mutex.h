@@ -1,6 +1,8 @@
 // A std::mutex that clang's thread safety analysis can follow. Members guarded by one are marked GUARDED_BY.
 #pragma once
 
+#include <chrono>
+#include <condition_variable>
 #include <mutex>
 
 #if defined(__clang__)
@@ -25,6 +27,7 @@ public:
     void unlock() RELEASE() { m_mutex.unlock(); }
 
 private:
+    friend class ConditionVariable;
     std::mutex m_mutex;
 };
 
@@ -37,6 +40,26 @@ public:
 
 private:
     Mutex& m_mutex;
+};
+
+// Waits with a Mutex, which is held when wait is called and when it returns. Wake-ups may be spurious.
+class ConditionVariable {
+public:
+    void wait(Mutex& mutex) REQUIRES(mutex) {
+        std::unique_lock<std::mutex> lock(mutex.m_mutex, std::adopt_lock);
+        m_condition.wait(lock);
+        lock.release();
+    }
+    void waitUntil(Mutex& mutex, std::chrono::steady_clock::time_point deadline) REQUIRES(mutex) {
+        std::unique_lock<std::mutex> lock(mutex.m_mutex, std::adopt_lock);
+        m_condition.wait_until(lock, deadline);
+        lock.release();
+    }
+    void notifyOne() noexcept { m_condition.notify_one(); }
+    void notifyAll() noexcept { m_condition.notify_all(); }
+
+private:
+    std::condition_variable m_condition;
 };
 
 }  // namespace zant

@@ -43,6 +43,17 @@ struct FileContents {
 // noMemory: the buffer for the size could not be had, or the size is over maxSize.
 ReadFileStatus readWholeFile(const char* path, size_t maxSize, FileContents& contents) noexcept;
 
+// --- Firmware.
+
+// Reads an ACPI table by its four letters, header included. Gives its size, 0 for none; fills the buffer in only when
+// the capacity holds the whole table. A null buffer with capacity 0 asks for the size.
+size_t readFirmwareTable(const char* name, void* buffer, size_t capacity) noexcept;
+
+// --- Threads.
+
+// Names the calling thread for debuggers and profilers; a name that is too long for the system is cut.
+void setThreadName(const char* name) noexcept;
+
 // --- Clock.
 
 // Wall clock in nanoseconds since 1970, in steps of 100.

@@ -2,6 +2,7 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <link.h>
+#include <pthread.h>
 #include <sys/stat.h>
 #include <time.h>
 #include <unistd.h>
@@ -9,6 +10,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
+#include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <new>
@@ -205,6 +207,27 @@ ReadFileStatus readWholeFile(const char* path, size_t maxSize, FileContents& con
     if (!file.readUpTo(contents.text.get(), size, contents.size)) return ReadFileStatus::cannotOpen;
     contents.text[contents.size] = '\0';
     return ReadFileStatus::ok;
+}
+
+size_t readFirmwareTable(const char* name, void* buffer, size_t capacity) noexcept {
+    constexpr size_t LARGEST = size_t{1} << 20;
+    // A directory that stands for another machine; a privileged process is not led astray by its environment.
+    const char* root = secure_getenv("ZELMAR_PLATFORM_ROOT");
+    FileContents table;
+    try {
+        const std::string folder = root != nullptr ? std::string(root) + "/firmware/" : "/sys/firmware/acpi/tables/";
+        if (readWholeFile((folder + name).c_str(), LARGEST, table) != ReadFileStatus::ok) return 0;
+    } catch (const std::bad_alloc&) {
+        return 0;
+    }
+    if (buffer != nullptr && table.size <= capacity) std::memcpy(buffer, table.text.get(), table.size);
+    return table.size;
+}
+
+void setThreadName(const char* name) noexcept {
+    char cut[16] = {};  // all that the kernel takes, its end included
+    std::strncpy(cut, name, sizeof(cut) - 1);
+    pthread_setname_np(pthread_self(), cut);
 }
 
 uint64_t wallClockNs() noexcept {
