@@ -54,6 +54,30 @@ void KeyElements::addStep(const PathStep& step) {
     }
 }
 
+void PreloadGroup::addNodeName(std::string_view name) {
+    if (m_state == State::complete) return;
+    addText(std::string(name) + '/');
+}
+
+void PreloadGroup::addLeafName(std::string_view name) {
+    if (m_state != State::complete) addText(name);
+}
+
+void PreloadGroup::addText(std::string_view text) {
+    constexpr std::string_view prefix = "lora_preload_buffer_group/";
+    if (m_state == State::notFound) {
+        const size_t found = text.find(prefix);
+        if (found == std::string_view::npos) return;
+        text.remove_prefix(found + prefix.size());
+        m_state = State::awaiting;
+    }
+    const size_t slash = text.find('/');
+    if (slash == std::string_view::npos) return;  // the group begins with the next name, or nothing follows it
+    const std::string_view group = text.substr(0, slash);
+    m_group = IndexElement(group.empty() ? "no index" : group);
+    m_state = State::complete;
+}
+
 size_t PathStep::length() const noexcept {
     if (index == NO_INDEX) return name->name.size();
     return IndexText(index).view().size();
@@ -78,28 +102,14 @@ std::string FlatKey::text() const {
     return text;
 }
 
-std::string FlatKey::textFrom(KeyWord word, WordPlace& place) const {
-    // The highest node that holds the word has it in its own name.
-    const PathNode* holder = nullptr;
-    for (const PathNode* node = m_parent; node->parent != nullptr && node->search.found.has(word);) {
-        holder = node;
-        node = node->parent;
+PreloadGroup FlatKey::preloadGroup() const {
+    PreloadGroup group = m_parent->preloadGroup;
+    if (m_index == PathStep::NO_INDEX) {
+        group.addLeafName(m_name->name);
+    } else {
+        group.addLeafName(IndexText(m_index).view());
     }
-    const NameStep* step = holder == nullptr ? m_name : holder->step.name;
-    if (place.step != step) place = {step, step->name.find(KEY_WORDS[static_cast<size_t>(word)])};
-    const std::string_view fromWord = step->name.substr(place.offset);
-    std::string text;
-    if (holder != nullptr) {
-        this->step().appendReversedTo(text);
-        for (const PathNode* node = m_parent; node != holder; node = node->parent) {
-            text.push_back('/');
-            node->step.appendReversedTo(text);
-        }
-        text.push_back('/');
-    }
-    text.append(fromWord.rbegin(), fromWord.rend());
-    std::reverse(text.begin(), text.end());
-    return text;
+    return group;
 }
 
 KeyElements FlatKey::elements() const {

@@ -45,6 +45,28 @@ private:
     int32_t m_code = NONE;  // the number itself unless negative
 };
 
+// The group that a key of lora_preload_buffer_group names: what stands between the first "lora_preload_buffer_group/"
+// of its text and the next '/'. Carried along the path, since the text before it may be long and shared by many keys.
+class PreloadGroup {
+public:
+    // Whether the key has both slashes.
+    bool isComplete() const noexcept { return m_state == State::complete; }
+    // For a complete one: digits, or else a text that is no index.
+    IndexElement group() const noexcept { return m_group; }
+
+    // Goes on with a name and the '/' behind it, or with a key's last name.
+    void addNodeName(std::string_view name);
+    void addLeafName(std::string_view name);
+
+private:
+    enum class State : uint8_t { notFound, awaiting, complete };
+
+    void addText(std::string_view text);
+
+    State m_state = State::notFound;
+    IndexElement m_group;
+};
+
 struct PathStep;
 
 class KeyElements {
@@ -92,13 +114,8 @@ struct PathNode {
     PathStep step;
     KeyWordSearch search;
     KeyElements elements;
+    PreloadGroup preloadGroup;
     uint32_t textLength = 0;
-};
-
-// Where a word stands in the last key that was asked for it. Neighbours mostly share the place.
-struct WordPlace {
-    const NameStep* step = nullptr;
-    size_t offset = 0;
 };
 
 // Borrows from the list that it stands in.
@@ -108,9 +125,6 @@ public:
         : m_parent(parent), m_name(step.name), m_index(step.index), m_value(value) {}
 
     std::string text() const;
-    // The text from the first place of the word on, which the key holds and which has no '/'. What stands before it may
-    // be long and shared by many keys: it is not built.
-    std::string textFrom(KeyWord word, WordPlace& place) const;
     size_t length() const noexcept { return m_parent->textLength + step().length(); }
     bool isEmpty() const noexcept { return length() == 0; }
     // The words that stand anywhere in the key.
@@ -128,6 +142,7 @@ public:
     IndexElement after(KeyElement element) const;
     // The same, but what follows the first element where no element equals the word.
     IndexElement afterOrSecond(KeyElement element) const;
+    PreloadGroup preloadGroup() const;
     // What the key resolves to, null for nothing. Borrowed from the document.
     const JsonValue* value() const noexcept { return m_value; }
 

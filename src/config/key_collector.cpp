@@ -163,10 +163,15 @@ const PathNode& KeyCollector::addNode(const PathNode& parent, PathStep step) {
     node.elements.addStep(step);
     node.search = step.index == PathStep::NO_INDEX ? step.name->search
                                                    : searchKeyWords(parent.search.state, IndexText(step.index).view());
+    node.preloadGroup = parent.preloadGroup;
     const KeyWordSearch slash = searchKeyWords(node.search.state, "/");
     node.search.state = slash.state;
     node.search.found.add(slash.found);
     node.search.found.add(parent.search.found);
+    if (node.search.found.has(word("lora_preload_buffer_group"))) {
+        node.preloadGroup.addNodeName(step.index == PathStep::NO_INDEX ? step.name->name
+                                                                       : IndexText(step.index).view());
+    }
     return node;
 }
 

@@ -1,4 +1,3 @@
-#include <charconv>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -18,8 +17,7 @@ struct ContextWalk {
     static constexpr KeyElement element = KeyElement::context;
 
     SectionRecords<KORContextConfig> records;
-    size_t groupBudget;     // preload groups that may still be made
-    WordPlace groupWord{};  // where the groups' word stands in the keys at hand
+    size_t groupBudget;  // preload groups that may still be made
 
     KORContextConfig& inForce() const { return records.inForce(); }
     bool handle(const FlatKey& key);
@@ -79,38 +77,38 @@ bool readExtendedUdma(ContextWalk& walk, const FlatKey& key, const char*) {
 // Grows the groups to hold this one. A group takes bytes of the document, so that all of them together are no more
 // than its bytes; an index beyond that stands in a member name, and counts as a growth that fails: no number in a name
 // may decide how much memory is taken.
-std::vector<std::string>& preloadGroup(ContextWalk& walk, std::string_view digits) {
-    uint32_t group = 0;
-    const auto read = std::from_chars(digits.data(), digits.data() + digits.size(), group);
-    if (read.ec != std::errc()) throw std::out_of_range("group index");
+std::vector<std::string>& preloadGroup(ContextWalk& walk, size_t group) {
     auto& groups = walk.inForce().loraPreloadBufferGroups;
     if (groups.size() <= group) {
-        const size_t grown = size_t{group} + 1 - groups.size();
+        const size_t grown = group + 1 - groups.size();
         if (grown > walk.groupBudget) throw std::length_error("group index");
-        groups.resize(size_t{group} + 1);
+        groups.resize(group + 1);
         walk.groupBudget -= grown;
     }
     return groups[group];
 }
 
-// A key ends in <word>/<group>/<position>; strings are appended in document order, whatever the position says.
+// A key ends in <word>/<group>/<position>; strings are appended in document order, whatever the position says. Any
+// fault of a key reads as an invalid index and costs its line only.
 bool readLoraPreloadBufferGroup(ContextWalk& walk, const FlatKey& key, const char*) {
-    constexpr std::string_view prefix = "lora_preload_buffer_group/";
-    const std::string text = key.textFrom(word("lora_preload_buffer_group"), walk.groupWord);
-    const size_t found = text.find(prefix);
-    if (found == std::string::npos) return true;
-    const std::string_view behind = std::string_view(text).substr(found + prefix.size());
-    const size_t slash = behind.find('/');
-    if (slash == std::string_view::npos) return true;
-    const std::string_view digits = behind.substr(0, slash);
-    const bool isIndex = !digits.empty() && digits.find_first_not_of("0123456789") == std::string_view::npos;
+    const PreloadGroup place = key.preloadGroup();
+    if (!place.isComplete()) return true;
+    bool isStored = false;
     try {
-        if (!isIndex) throw std::invalid_argument("group index");
-        auto& group = preloadGroup(walk, digits);
-        const std::string& name = group.emplace_back(getString(key));
-        ZANT_LOG_INFO("Key: lora_preload_buffer_group[%u] += %s",
-                      static_cast<unsigned>(&group - walk.inForce().loraPreloadBufferGroups.data()), name.c_str());
+        if (place.group().isDigits()) {
+            const int32_t index = place.group().toIndex();
+            auto& group = preloadGroup(walk, static_cast<size_t>(index));
+            // Looked at first: the getter's refusal would build a text that nobody reads.
+            if (key.value() != nullptr && key.value()->IsString()) {
+                const std::string& name = group.emplace_back(getString(key));
+                isStored = true;
+                ZANT_LOG_INFO("Key: lora_preload_buffer_group[%u] += %s", static_cast<unsigned>(index), name.c_str());
+            }
+        }
     } catch (const std::exception&) {
+        isStored = false;
+    }
+    if (!isStored) {
         ZANT_LOG_ERROR("Invalid lora_preload_buffer_group index in key: %s", key.text().c_str());
     }
     return true;

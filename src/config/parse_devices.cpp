@@ -167,8 +167,9 @@ constexpr auto DEVICE_ROWS = std::to_array<ChainRow<DeviceWalk>>({
     row<DeviceWalk>(word("cores"), readCores),
 });
 
-// A key that no row knows is ignored without a line.
+// A key that no row knows is ignored without a line. One without a record ends the load, whatever it says.
 bool DeviceWalk::handle(const FlatKey& key) {
+    (void)inForce();
     const ChainRow<DeviceWalk>* hit = firstHit(DEVICE_ROWS, key);
     return hit == nullptr || hit->apply(*this, key, hit->line);
 }

@@ -168,7 +168,9 @@ constexpr auto GRAPH_ROWS = std::to_array<ChainRow<GraphWalk>>({
     row<GraphWalk>(word("/dynamic_partitioning/"), readDynamicPartitioning),
 });
 
+// A key without a record ends the load, whatever it says.
 bool GraphWalk::handle(const FlatKey& key) {
+    (void)inForce();
     const ChainRow<GraphWalk>* hit = firstHit(GRAPH_ROWS, key);
     if (hit != nullptr) return hit->apply(*this, key, hit->line);
     ZANT_LOG_ERROR("Unknown Key: %s provided in KOR extensions config", key.text().c_str());

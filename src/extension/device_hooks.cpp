@@ -1,5 +1,9 @@
 // Around the creation of the backend's device. Only the first device config counts.
-#include "config/option_tables.h"
+#include <exception>
+#include <memory>
+#include <utility>
+
+#include "config/perf_numbers.h"
 #include "extension/hook_guard.h"
 #include "extension/kor_backend.h"
 #include "platform/logger.h"
@@ -90,6 +94,40 @@ void KORBackend::collectGraphProfiles() {
     }
 }
 
+// Goes on after each failed step, so that the host can decide; the driver stays and later hooks vote through it.
+bool KORBackend::setUpPerfDriver(KORDeviceConfig& device) {
+    bool result = true;
+    KORDevicePerfDriver& driver = *m_perfDriver;
+    driver.m_asyncVoting = device.asyncVoting;
+    if (!driver.initialize(m_interface)) {
+        ZANT_LOG_ERROR("KORDevicePerfDriver initialization failed");
+        result = false;
+    }
+    if (device.coreIds.empty()) device.coreIds.push_back(0);
+    driver.addDeviceCores(device.deviceId, device.coreIds);
+    driver.m_useClientContext = device.useClientContext;
+    driver.setPerfConfig(device.core);
+    if (!driver.createPowerConfigId()) {
+        ZANT_LOG_ERROR("Failed to create PowerConfigId.");
+        result = false;
+    }
+    if (!driver.setMemoryConfig()) {
+        ZANT_LOG_ERROR("Failed to set memory config.");
+        result = false;
+    }
+    driver.setRpcAndTimeoutConfig();
+    return result;
+}
+
+// Null when memory is short: the hook tells so.
+std::unique_ptr<KORDevicePerfDriver> KORBackend::makePerfDriver() noexcept {
+    try {
+        return std::make_unique<KORDevicePerfDriver>();
+    } catch (const std::exception&) {
+        return nullptr;
+    }
+}
+
 bool KORBackend::afterDeviceCreate() {
     return guarded("afterDeviceCreate", false, [&] {
         clearDeviceLists();
@@ -98,17 +136,25 @@ bool KORBackend::afterDeviceCreate() {
             ZANT_LOG_ERROR("No device config after device create: beforeDeviceCreate comes first");
             return false;
         }
+        m_perfDriver = makePerfDriver();
+        if (m_perfDriver == nullptr) {
+            ZANT_LOG_ERROR("PerfDriver creation failed!");
+            return false;
+        }
         collectGraphProfiles();
         KORDeviceConfig& device = m_deviceConfigs.front();
         if (m_perfProfile != PERF_PROFILE_NOT_SET) device.core.perfProfile = m_perfProfile;
-        if (device.coreIds.empty()) device.coreIds.push_back(0);
-        return true;
+        return setUpPerfDriver(device);
     });
 }
 
 bool KORBackend::beforeDeviceFree() {
-    ZANT_LOG_INFO("PerfDriver not available before free device");
-    return true;
+    return guarded("beforeDeviceFree", true, [&] {
+        // Taken out first: no hook may find a driver that is going down.
+        const std::unique_ptr<KORDevicePerfDriver> driver = std::move(m_perfDriver);
+        if (driver == nullptr) ZANT_LOG_INFO("PerfDriver not available before free device");
+        return true;
+    });
 }
 
 }  // namespace zant::kor

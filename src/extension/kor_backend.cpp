@@ -25,9 +25,35 @@ KORBackend::KORBackend() {
 
 KORBackend::~KORBackend() = default;
 
+void KORBackend::logText(ZantLogLevel level, const char* text) {
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-security"  // the texts are this library's own
+    ZANT_LOG(level, text);
+#pragma GCC diagnostic pop
+}
+
+bool KORBackend::hasOutPointers(const char* hook, const void* list, const void* count) {
+    if (list != nullptr && count != nullptr) return true;
+    ZANT_LOG_ERROR("%s: the list and its count need a place to go, got nullptr", hook);
+    return false;
+}
+
+bool KORBackend::voteEvent(uint8_t event, bool async, const char* missing, const char* failed) {
+    if (m_perfDriver == nullptr) {
+        logText(ZANT_LOG_LEVEL_INFO, missing);
+        return true;
+    }
+    if (m_perfDriver->setState(event, async)) return true;
+    logText(ZANT_LOG_LEVEL_ERROR, failed);
+    return false;
+}
+
 bool KORBackend::setPerfProfile(uint32_t profile) {
-    m_perfProfile = profile;
-    return true;
+    return guarded("setPerfProfile", true, [&] {
+        m_perfProfile = profile;
+        if (m_perfDriver != nullptr) m_perfDriver->setPerfProfile(profile);
+        return true;
+    });
 }
 
 uint32_t KORBackend::getProfilingLevel() {

@@ -1,10 +1,13 @@
 // The object behind the hook table. It owns the config parser, every record and every list handed to the host.
 //
 // The hooks' contracts stand in zelmar_kor/backend_extensions.h. Each group of hooks has a file of its own:
-// provider_binding.cpp, device_hooks.cpp, graph_options.cpp, standby_hooks.cpp; kor_backend.cpp has the rest.
+// provider_binding.cpp, device_hooks.cpp, graph_hooks.cpp, graph_options.cpp, execute_hooks.cpp, standby_hooks.cpp;
+// kor_backend.cpp has the rest.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -12,6 +15,8 @@
 
 #include "config/config_parser.h"
 #include "extension/backend_common.h"
+#include "extension/config_list.h"
+#include "perf/perf_driver.h"
 #include "zelmar_kor/custom_configs.h"
 #include "zelmar_kor/provider_record.h"
 
@@ -80,13 +85,40 @@ public:
     uint32_t getCoreId() override;
 
 private:
+    // Shared by the hooks. text: a line without conversions, logged as its own format.
+    static void logText(ZantLogLevel level, const char* text);
+    // False after a level 1 line when one of them is null.
+    static bool hasOutPointers(const char* hook, const void* list, const void* count);
+    // Tells the perf driver of the event. missing: the level 3 line where there is no driver, which is no failure;
+    // failed: the level 1 line of the driver's failure, the only one that gives false.
+    bool voteEvent(uint8_t event, bool async, const char* missing, const char* failed);
+    // Whether the entry holds anything to hand over; in the second form, anything that only composition can apply.
+    static bool hasSetting(const KORGraphConfig& graph);
+    static bool hasComposeSetting(const KORGraphConfig& graph);
+
     bool parseConfigAndSanitize(const std::string& config);
     void collectGraphProfiles();
+    static std::unique_ptr<KORDevicePerfDriver> makePerfDriver() noexcept;
+    bool setUpPerfDriver(KORDeviceConfig& device);
+    bool isAsyncVoting() const noexcept;
+    bool composeGraph(size_t graphIndex);
+    bool emitGraphRecords(size_t graphIndex);
+    bool appendGraphInfos(KORGraphConfig& graph);
+    // Both add to the list of the entry that is being composed.
+    bool addGraphRecord(GraphRecord record);
+    bool buildFinalizeConfigRecords(size_t graphIndex);
+    bool addLateSettings(const char* graphName);
     KORGraphConfig& graphConfigAt(int32_t index, std::string graphName);
     bool applyGraphOptions(KORGraphConfig& graph, uint32_t spadMb, uint32_t optimizationLevel, uint32_t dlbc);
     bool applyReferenceWeightSharing(uint32_t value);
     bool setDeviceArchitecture(int32_t index, const std::string& dspArch);
     void clearDeviceLists();
+
+    // What beforeGraphExecute hands over.
+    struct ExecuteConfigs {
+        std::vector<GraphRecord> records;
+        ConfigList list;
+    };
 
     // Three records that the backend may look at after enableKorExtension: hence members.
     struct ExtensionConfig {
@@ -96,9 +128,10 @@ private:
     };
 
     ZantProviderRecord m_interface{};  // valid once a provider was bound
-    std::map<std::string, uint32_t> m_graphPerfProfiles;
+    std::map<std::string, uint32_t, std::less<>> m_graphPerfProfiles;
     bool m_perfDriverDisabled = false;
-    uint32_t m_perfProfile = 21;  // 21: no override
+    std::unique_ptr<KORDevicePerfDriver> m_perfDriver;  // from afterDeviceCreate to beforeDeviceFree
+    uint32_t m_perfProfile = 21;                        // 21: no override
     std::unique_ptr<KORConfigParser> m_configParser;
     std::vector<KORDeviceConfig> m_deviceConfigs;
     std::vector<KORDeviceCustomConfig> m_deviceCustomConfigs;
@@ -106,6 +139,11 @@ private:
     std::vector<ZantConfigWrapper> m_deviceConfigWrappers;
     std::vector<ZantConfigWrapper*> m_deviceConfigPtrs;
     std::vector<KORGraphConfig> m_graphConfigs;
+    std::vector<ConfigList> m_graphConfigLists;  // one for each composed entry
+    ExecuteConfigs m_executeConfigs;
+    HostList<GraphConfigInfo_t> m_graphConfigInfos;
+    std::vector<GraphRecord> m_graphCustomConfigs;
+    std::vector<std::vector<uint32_t>> m_dynamicPartitions;  // the arrays that graph records point at
     KORGroupContextConfig m_groupContextConfig;
     std::vector<KORContextConfig> m_contextConfigs;
     KORMemoryConfig m_memoryConfig;

@@ -1,19 +1,10 @@
-// Hooks of graphs, runs and contexts while no records are built for them and no perf driver exists: lists stay
-// untouched, and what would be voted is told.
+// Hooks of contexts and buffers while no records are built for them: they vote, and lists stay untouched.
+#include "config/perf_numbers.h"
+#include "extension/hook_guard.h"
 #include "extension/kor_backend.h"
 #include "platform/logger.h"
 
 namespace zant::kor {
-
-namespace {
-
-bool hasOutPointers(const char* hook, const void* list, const void* count) {
-    if (list != nullptr && count != nullptr) return true;
-    ZANT_LOG_ERROR("%s: the list and its count need a place to go, got nullptr", hook);
-    return false;
-}
-
-}  // namespace
 
 bool KORBackend::beforeContextCreate(ZantConfigWrapper*** list, uint32_t* count) {
     return hasOutPointers("beforeContextCreate", list, count);
@@ -23,84 +14,80 @@ bool KORBackend::afterContextCreate() {
     return true;
 }
 
-bool KORBackend::beforeGraphsCompose(GraphConfigInfo_t*** list, uint32_t* count) {
-    return hasOutPointers("beforeGraphsCompose", list, count);
-}
-
-bool KORBackend::afterGraphsCompose() {
-    return true;
-}
-
-bool KORBackend::beforeGraphFinalize() {
-    ZANT_LOG_INFO("PerfDriver not available before graph finalize");
-    return true;
-}
-
-bool KORBackend::afterGraphFinalize() {
-    ZANT_LOG_INFO("PerfDriver not available after graph finalize");
-    return true;
-}
-
-bool KORBackend::beforeGraphExecute(const char*, ZantConfigWrapper*** list, uint32_t* count) {
-    ZANT_LOG_INFO("PerfDriver not available before graph execute");
-    return hasOutPointers("beforeGraphExecute", list, count);
-}
-
-bool KORBackend::afterGraphExecute() {
-    ZANT_LOG_INFO("PerfDriver not available after graph execute.");
-    return true;
-}
-
 bool KORBackend::beforeContextFree(std::vector<void*> contexts) {
-    ZANT_LOG_INFO("PerfDriver not available before context free");
-    for (const void* context : contexts) {
-        if (context == nullptr) {
-            ZANT_LOG_ERROR("Input context handles to beforeContextFree is NULL");
-            return false;
+    return guarded("beforeContextFree", false, [&] {
+        // A graph's own profile outlives its runs: the teardown goes by the device's again.
+        if (m_perfDriver != nullptr && !m_graphPerfProfiles.empty()) {
+            m_perfDriver->setPerfProfile(m_deviceConfigs.empty() ? PERF_PROFILE_NOT_SET
+                                                                 : m_deviceConfigs.front().core.perfProfile);
         }
-    }
-    return true;
+        const bool result = voteEvent(GRAPH_DEINIT_START, false, "PerfDriver not available before context free",
+                                      "PerfDriver setState GRAPH_DEINIT_START failed before context free");
+        for (const void* context : contexts) {
+            if (context == nullptr) {
+                ZANT_LOG_ERROR("Input context handles to beforeContextFree is NULL");
+                return false;
+            }
+        }
+        return result;
+    });
 }
 
 bool KORBackend::afterContextFree() {
-    ZANT_LOG_INFO("PerfDriver not available after context free");
-    return true;
+    return guarded("afterContextFree", false, [&] {
+        return voteEvent(GRAPH_DEINIT_DONE, false, "PerfDriver not available after context free",
+                         "PerfDriver setState GRAPH_DEINIT_DONE failed after context free.");
+    });
 }
 
 bool KORBackend::beforeContextCreateFromBinary(ZantConfigWrapper*** list, uint32_t* count) {
-    ZANT_LOG_INFO("PerfDriver not available before create from binary");
-    return hasOutPointers("beforeContextCreateFromBinary", list, count);
+    return guarded("beforeContextCreateFromBinary", false, [&] {
+        return hasOutPointers("beforeContextCreateFromBinary", list, count) &&
+               voteEvent(GRAPH_INIT_START, false, "PerfDriver not available before create from binary",
+                         "PerfDriver setState GRAPH_INIT_START failed before create from binary");
+    });
 }
 
 bool KORBackend::afterContextCreateFromBinary() {
-    ZANT_LOG_INFO("PerfDriver not available after create from binary");
-    return true;
+    return guarded("afterContextCreateFromBinary", false, [&] {
+        return voteEvent(GRAPH_INIT_DONE, false, "PerfDriver not available after create from binary",
+                         "PerfDriver setState GRAPH_INIT_DONE failed after create from binary");
+    });
 }
 
 bool KORBackend::beforeContextCreateFromBinaryList(
     std::map<std::string, std::pair<uint32_t, ZantConfigWrapper**>>* perContext, ZantConfigWrapper*** list,
     uint32_t* count) {
-    ZANT_LOG_INFO("PerfDriver not available before creating contexts from binary list");
-    if (!hasOutPointers("beforeContextCreateFromBinaryList", perContext == nullptr ? nullptr : list, count))
-        return false;
-    *list = nullptr;
-    *count = 0;
-    return true;
+    return guarded("beforeContextCreateFromBinaryList", false, [&] {
+        if (!hasOutPointers("beforeContextCreateFromBinaryList", perContext == nullptr ? nullptr : list, count)) {
+            return false;
+        }
+        *list = nullptr;
+        *count = 0;
+        return voteEvent(GRAPH_INIT_START, false, "PerfDriver not available before creating contexts from binary list",
+                         "PerfDriver setState GRAPH_INIT_START failed before creating contexts from binary list");
+    });
 }
 
 bool KORBackend::afterContextCreateFromBinaryList() {
-    ZANT_LOG_INFO("PerfDriver not available after creating contexts from binary list");
-    return true;
+    return guarded("afterContextCreateFromBinaryList", false, [&] {
+        return voteEvent(GRAPH_INIT_DONE, false, "PerfDriver not available after creating contexts from binary list",
+                         "PerfDriver setState GRAPH_INIT_DONE failed after creating contexts from binary list");
+    });
 }
 
 bool KORBackend::beforeContextApplyBinarySection() {
-    ZANT_LOG_INFO("PerfDriver not available before context apply binary section");
-    return true;
+    return guarded("beforeContextApplyBinarySection", false, [&] {
+        return voteEvent(GRAPH_INIT_START, false, "PerfDriver not available before context apply binary section",
+                         "PerfDriver unable to setState GRAPH_INIT_START before context apply binary section");
+    });
 }
 
 bool KORBackend::afterContextApplyBinarySection() {
-    ZANT_LOG_INFO("PerfDriver not available after context apply binary section");
-    return true;
+    return guarded("afterContextApplyBinarySection", false, [&] {
+        return voteEvent(GRAPH_INIT_DONE, false, "PerfDriver not available after context apply binary section",
+                         "PerfDriver setState GRAPH_INIT_DONE failed after context apply binary section");
+    });
 }
 
 bool KORBackend::allocateExternalBuffers(void*, std::string spillFillPoolId, std::string spadBackupPoolId,
