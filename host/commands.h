@@ -15,6 +15,7 @@ using Command = std::function<int()>;
 
 Command addRunCommand(CLI::App& app);
 Command addCheckCommand(CLI::App& app);
+Command addProfilesCommand(CLI::App& app);
 Command addSchemaCommand(CLI::App& app);
 
 }  // namespace runhost

@@ -28,20 +28,6 @@ constexpr DeviceOptionRow DEVICE_OPTIONS[] = {
 // Every record of the backend is at least an option number and one pointer-sized value.
 constexpr size_t LEAST_RECORD_SIZE = 16;
 
-std::vector<uint8_t> bytesOf(const void* record, size_t size) {
-    std::vector<uint8_t> bytes(size);
-    std::memcpy(bytes.data(), record, size);
-    return bytes;
-}
-
-DecodedRecord notCustom(const ZantConfigWrapper& wrapper) {
-    return {wrapper.option, {}, "a wrapper without a custom record", bytesOf(&wrapper, sizeof(wrapper))};
-}
-
-bool holdsCustomRecord(const ZantConfigWrapper& wrapper) {
-    return wrapper.option == ZANT_CONFIG_OPTION_CUSTOM && wrapper.customConfig != nullptr;
-}
-
 std::string deviceValue(const KORDeviceCustomConfig& record, ValueForm form) {
     switch (form) {
         case ValueForm::IN_ID:
@@ -55,6 +41,20 @@ std::string deviceValue(const KORDeviceCustomConfig& record, ValueForm form) {
 }
 
 }  // namespace
+
+std::vector<uint8_t> bytesOf(const void* record, size_t size) {
+    std::vector<uint8_t> bytes(size);
+    std::memcpy(bytes.data(), record, size);
+    return bytes;
+}
+
+DecodedRecord notCustom(const ZantConfigWrapper& wrapper) {
+    return {wrapper.option, {}, "a wrapper without a custom record", bytesOf(&wrapper, sizeof(wrapper))};
+}
+
+bool holdsCustomRecord(const ZantConfigWrapper& wrapper) {
+    return wrapper.option == ZANT_CONFIG_OPTION_CUSTOM && wrapper.customConfig != nullptr;
+}
 
 DecodedRecord decodeDeviceRecord(const ZantConfigWrapper& wrapper) {
     if (!holdsCustomRecord(wrapper)) return notCustom(wrapper);

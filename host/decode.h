@@ -1,6 +1,7 @@
 // Config records as option names and values.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -18,8 +19,15 @@ struct DecodedRecord {
 
 DecodedRecord decodeDeviceRecord(const ZantConfigWrapper& wrapper);
 
+DecodedRecord decodeGraphRecord(const ZantConfigWrapper& wrapper);
+
 // A record of a kind that the host has no decoder for.
 DecodedRecord dumpRecord(const ZantConfigWrapper& wrapper);
+
+// For decoders: whether there is a custom record, what to say when there is none, and a copy of some bytes.
+bool holdsCustomRecord(const ZantConfigWrapper& wrapper);
+DecodedRecord notCustom(const ZantConfigWrapper& wrapper);
+std::vector<uint8_t> bytesOf(const void* record, size_t size);
 
 std::string hexText(const std::vector<uint8_t>& bytes);
 

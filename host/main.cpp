@@ -26,6 +26,7 @@ int run(int argc, char** argv) {
     try {
         add("run", addRunCommand);
         add("check", addCheckCommand);
+        add("profiles", addProfilesCommand);
         add("schema", addSchemaCommand);
         app.parse(argc, argv);
         return command();

@@ -42,7 +42,7 @@ bool showsAs(const Node& node, const std::string& shown) {
 
 bool isRefusedName(const Leaf& leaf) {
     const auto names = valueNames(leaf.key);
-    return std::none_of(names.begin(), names.end(), [&](const char* name) { return leaf.node->string == name; });
+    return std::none_of(names.begin(), names.end(), [&](const std::string& name) { return leaf.node->string == name; });
 }
 
 class Judge {
@@ -76,7 +76,7 @@ private:
     static Fault faultAt(Node& node, const MessageRow& row) {
         Fault fault{row.severity, &node};
         const bool isName = row.place == BY_TEXT;
-        const std::vector<std::string> names = asVector(valueNames(pointerTo(node)));
+        const std::vector<std::string> names = valueNames(pointerTo(node));
         fault.text = subjectOf(node) + " " + fmt::format(fmt::runtime(row.words), node.text);
         fault.repair = {row.repair, row.repairText};
         fault.mayFollow = row.place == FIRST_NAME;

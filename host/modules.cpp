@@ -2,6 +2,8 @@
 
 #include <dlfcn.h>
 
+#include <algorithm>
+#include <iterator>
 #include <stdexcept>
 
 namespace runhost {
@@ -54,6 +56,12 @@ Backend::Backend(const std::string& path) : m_module(path) {
     resolve(m_executeGraph, "ZantSim_executeGraph");
     resolve(m_ledgerSize, "ZantSim_ledgerSize");
     resolve(m_ledgerEntry, "ZantSim_ledgerEntry");
+    resolve(m_failNthCall, "ZantSim_failNthCall");
+    resolve(m_setLatency, "ZantSim_setLatency");
+    resolve(m_voteCount, "ZantSim_voteCount");
+    resolve(m_vote, "ZantSim_vote");
+    resolve(m_elapsedNs, "ZantSim_elapsedNs");
+    resolve(m_threadNumber, "ZantSim_threadNumber");
 }
 
 uint64_t Backend::createDevice(ZantConfigWrapper** configs, uint32_t count, void** device) const {
@@ -84,6 +92,33 @@ uint64_t Backend::executeGraph(void* graph, ZantConfigWrapper** configs, uint32_
     return m_executeGraph ? m_executeGraph(graph, configs, count) : 0;
 }
 
+void Backend::failNthCall(const std::string& operation, uint32_t n) const {
+    constexpr uint64_t status = 1;
+    if (m_failNthCall) m_failNthCall(operation.c_str(), n, status);
+}
+
+void Backend::setLatency(const std::string& operation, uint32_t microseconds) const {
+    if (m_setLatency) m_setLatency(operation.c_str(), microseconds);
+}
+
+size_t Backend::voteCount() const {
+    return m_voteCount && m_vote ? m_voteCount() : 0;
+}
+
+ZantSimVote Backend::vote(size_t index) const {
+    ZantSimVote vote{};
+    if (m_vote) m_vote(index, &vote);
+    return vote;
+}
+
+uint64_t Backend::elapsedNs() const {
+    return m_elapsedNs ? m_elapsedNs() : 0;
+}
+
+uint32_t Backend::threadNumber() const {
+    return m_threadNumber ? m_threadNumber() : 0;
+}
+
 std::vector<std::string> Backend::ledger() const {
     std::vector<std::string> entries;
     if (m_ledgerSize == nullptr || m_ledgerEntry == nullptr) return entries;
@@ -94,6 +129,13 @@ std::vector<std::string> Backend::ledger() const {
         entries.push_back(std::move(entry));
     }
     return entries;
+}
+
+std::vector<std::string> Backend::misuseIn(const std::vector<std::string>& ledger) {
+    std::vector<std::string> lines;
+    std::copy_if(ledger.begin(), ledger.end(), std::back_inserter(lines),
+                 [](const std::string& line) { return line.starts_with("misuse: "); });
+    return lines;
 }
 
 }  // namespace runhost

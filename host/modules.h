@@ -67,7 +67,19 @@ public:
     uint64_t finalizeGraph(void* graph) const;
     uint64_t executeGraph(void* graph, ZantConfigWrapper** configs, uint32_t count) const;
 
+    // Operations have their names in the ledger.
+    void failNthCall(const std::string& operation, uint32_t n) const;
+    void setLatency(const std::string& operation, uint32_t microseconds) const;
+
     std::vector<std::string> ledger() const;
+    // The lines of a ledger that tell of wrong use.
+    static std::vector<std::string> misuseIn(const std::vector<std::string>& ledger);
+    // The time line of votes and its clock; no votes and 0 from a backend that keeps none.
+    size_t voteCount() const;
+    ZantSimVote vote(size_t index) const;
+    uint64_t elapsedNs() const;
+    // The calling thread's number in the time line.
+    uint32_t threadNumber() const;
 
 private:
     template <typename Function>
@@ -83,6 +95,12 @@ private:
     ZantSimExecuteGraphFn m_executeGraph;
     ZantSimLedgerSizeFn m_ledgerSize;
     ZantSimLedgerEntryFn m_ledgerEntry;
+    ZantSimFailNthCallFn m_failNthCall;
+    ZantSimSetLatencyFn m_setLatency;
+    ZantSimVoteCountFn m_voteCount;
+    ZantSimVoteFn m_vote;
+    ZantSimElapsedNsFn m_elapsedNs;
+    ZantSimThreadNumberFn m_threadNumber;
 };
 
 }  // namespace runhost

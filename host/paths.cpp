@@ -1,5 +1,7 @@
 #include "paths.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
@@ -64,6 +66,13 @@ std::optional<fs::path> findMachine(const std::string& nameOrDirectory) {
     }
     if (isDirectory(nameOrDirectory)) return fs::absolute(nameOrDirectory);
     return std::nullopt;
+}
+
+std::string machinePath(const std::string& given) {
+    if (given.empty()) return {};
+    if (const auto found = findMachine(given)) return found->string();
+    throw UsageError(
+        fmt::format("no machine \"{}\": give a directory or one of {}", given, fmt::join(machineNames(), ", ")));
 }
 
 std::vector<std::string> machineNames() {

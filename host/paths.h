@@ -25,6 +25,8 @@ std::string configPath(const std::string& path);
 
 // A simulated machine by name, or the directory itself when nameOrDirectory is one. Nothing when neither exists.
 std::optional<std::filesystem::path> findMachine(const std::string& nameOrDirectory);
+// What findMachine finds, empty for an empty text. Throws UsageError with the known names when it finds nothing.
+std::string machinePath(const std::string& given);
 // Names that findMachine knows, sorted.
 std::vector<std::string> machineNames();
 

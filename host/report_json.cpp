@@ -1,32 +1,13 @@
-#include <rapidjson/prettywriter.h>
-#include <rapidjson/stringbuffer.h>
-
 #include "reports.h"
 
 namespace runhost {
 
 namespace {
 
-using Writer = rapidjson::PrettyWriter<rapidjson::StringBuffer>;
-
-void writeText(Writer& writer, const char* name, const std::string& text) {
-    writer.Key(name);
-    writer.String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
-}
-
-template <typename Items, typename Write>
-void writeArray(Writer& writer, const char* name, const Items& items, Write write) {
-    writer.Key(name);
-    writer.StartArray();
-    for (const auto& item : items) write(item);
-    writer.EndArray();
-}
-
-void writeRecord(Writer& writer, const std::string& subject, const DecodedRecord& record) {
+void writeRecord(JsonWriter& writer, const std::string& subject, const DecodedRecord& record) {
     writer.StartObject();
     writeText(writer, "subject", subject);
-    writer.Key("option");
-    writer.Uint(record.number);
+    writeNumber(writer, "option", record.number);
     writer.Key("name");
     if (record.option.empty()) {
         writer.Null();
@@ -38,17 +19,16 @@ void writeRecord(Writer& writer, const std::string& subject, const DecodedRecord
     writer.EndObject();
 }
 
-void writeLogLine(Writer& writer, const LogLine& line) {
+void writeLogLine(JsonWriter& writer, const LogLine& line) {
     writer.StartObject();
     writer.Key("level");
     writer.Int(line.level);
-    writer.Key("timestamp_ns");
-    writer.Uint64(line.timestampNs);
+    writeNumber(writer, "timestamp_ns", line.timestampNs);
     writeText(writer, "text", line.text);
     writer.EndObject();
 }
 
-void writeCall(Writer& writer, const CallReport& call) {
+void writeCall(JsonWriter& writer, const CallReport& call) {
     constexpr const char* outcomes[] = {"ok", "failed", "skipped"};
     writer.StartObject();
     writeText(writer, "name", call.name);
@@ -69,12 +49,13 @@ void writeCall(Writer& writer, const CallReport& call) {
 
 std::string jsonReport(const RunReport& report) {
     rapidjson::StringBuffer buffer;
-    Writer writer(buffer);
+    JsonWriter writer(buffer);
     writer.StartObject();
     writeText(writer, "library", report.library);
     writeText(writer, "backend", report.backend);
     writeText(writer, "document", report.document);
     writeText(writer, "machine", report.machine);
+    writeText(writer, "runs", report.plan);
     writer.Key("log_level");
     writer.Int(report.logLevel);
     writer.Key("succeeded");
@@ -85,9 +66,9 @@ std::string jsonReport(const RunReport& report) {
         writeArray(writer, "calls", stage.calls, [&](const CallReport& call) { writeCall(writer, call); });
         writer.EndObject();
     });
-    writeArray(writer, "ledger", report.ledger, [&](const std::string& line) {
-        writer.String(line.data(), static_cast<rapidjson::SizeType>(line.size()));
-    });
+    writeVotes(writer, report);
+    writeArray(writer, "ledger", report.ledger, [&](const std::string& line) { writeText(writer, line); });
+    writeArray(writer, "misuse", report.misuse, [&](const std::string& line) { writeText(writer, line); });
     writer.EndObject();
     return std::string(buffer.GetString(), buffer.GetSize()) + "\n";
 }

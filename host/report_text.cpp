@@ -26,7 +26,7 @@ void writeRecords(const RecordGroup& group, Out out) {
     for (const DecodedRecord& record : group.records) {
         const std::string option = record.option.empty() ? fmt::format("option {}", record.number)
                                                          : fmt::format("{} ({})", record.option, record.number);
-        fmt::format_to(out, "        {}: {:<29} {}\n", group.subject, option, record.value);
+        fmt::format_to(out, "        {}: {:<38} {}\n", group.subject, option, record.value);
         fmt::format_to(out, "            {} bytes  {}\n", record.bytes.size(), hexText(record.bytes));
     }
 }
@@ -47,7 +47,17 @@ void writeCall(const CallReport& call, const Style& style, Out out) {
 void writeLedger(const RunReport& report, const Style& style, Out out) {
     fmt::format_to(out, "\n{}\n", style.paint(Colour::BOLD, "Ledger: every call that the backend received, in order"));
     if (!report.backendKeepsLedger) fmt::format_to(out, "    this backend keeps none\n");
-    for (size_t i = 0; i < report.ledger.size(); ++i) fmt::format_to(out, "    {:>3}  {}\n", i + 1, report.ledger[i]);
+    for (size_t i = 0; i < report.ledger.size(); ++i) {
+        const std::string& line = report.ledger[i];
+        fmt::format_to(out, "    {:>3}  {}\n", i + 1,
+                       line.starts_with("misuse: ") ? style.paint(Colour::RED, line) : line);
+    }
+}
+
+std::string verdict(const RunReport& report, const Style& style) {
+    if (report.succeeded) return style.paint(Colour::GREEN, "Every hook succeeded.");
+    if (report.misuse.empty()) return style.paint(Colour::RED, "Not every step succeeded: see FAILED above.");
+    return style.paint(Colour::RED, "The backend was used wrongly: see \"misuse\" in the ledger.");
 }
 
 }  // namespace
@@ -58,16 +68,15 @@ std::string textReport(const RunReport& report, const Style& style) {
     fmt::format_to(out,
                    "One model's life, seen by the host. \"hook\" lines are calls into the extension library,\n"
                    "\"host\" lines are the host's own steps with the backend in between.\n\n"
-                   "    library   {}\n    backend   {}\n    document  {}\n    machine   {}\n",
-                   report.library, report.backend, report.document, report.machine);
+                   "    library   {}\n    backend   {}\n    document  {}\n    machine   {}\n    runs      {}\n",
+                   report.library, report.backend, report.document, report.machine, report.plan);
     for (const StageReport& stage : report.stages) {
         fmt::format_to(out, "\n{}: {}\n", style.paint(Colour::BOLD, stage.title), stage.explanation);
         for (const CallReport& call : stage.calls) writeCall(call, style, out);
     }
+    text += votesText(report, style);
     writeLedger(report, style, out);
-    fmt::format_to(out, "\n{}\n",
-                   report.succeeded ? style.paint(Colour::GREEN, "Every hook succeeded.")
-                                    : style.paint(Colour::RED, "Not every step succeeded: see FAILED above."));
+    fmt::format_to(out, "\n{}\n", verdict(report, style));
     return text;
 }
 

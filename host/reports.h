@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "json_writing.h"
 #include "run_report.h"
 #include "style.h"
 
@@ -10,5 +11,9 @@ namespace runhost {
 
 std::string textReport(const RunReport& report, const Style& style);
 std::string jsonReport(const RunReport& report);
+
+// Their parts about votes.
+std::string votesText(const RunReport& report, const Style& style);
+void writeVotes(JsonWriter& writer, const RunReport& report);
 
 }  // namespace runhost

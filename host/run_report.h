@@ -7,6 +7,7 @@
 
 #include "decode.h"
 #include "log_capture.h"
+#include "time_line.h"
 
 namespace runhost {
 
@@ -37,11 +38,17 @@ struct RunReport {
     std::string backend;
     std::string document;
     std::string machine;
+    std::string plan;  // how often the graphs run, in words
     int32_t logLevel;
     std::vector<StageReport> stages;
+    std::vector<VoteLine> votes;  // empty when the backend keeps no time line
+    std::vector<Level> levels;
+    uint32_t quietRuns;               // during which no vote came
+    uint32_t votingRuns;              // all others
     std::vector<std::string> ledger;  // the backend's account of all calls; empty when it keeps none
     bool backendKeepsLedger;
-    bool succeeded;  // every hook and every step of the host
+    std::vector<std::string> misuse;  // the ledger's lines about wrong use of the backend
+    bool succeeded;                   // every hook and every step of the host, and nothing was used wrongly
 };
 
 }  // namespace runhost

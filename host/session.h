@@ -1,7 +1,10 @@
 // Drives one object of the extension library through the life of one model.
 #pragma once
 
+#include <chrono>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "document_facts.h"
 #include "modules.h"
@@ -9,13 +12,21 @@
 
 namespace runhost {
 
+struct RunPlan {
+    std::vector<std::string> graphs;          // the document's when empty
+    std::optional<uint32_t> profile;          // overrides the document's
+    uint32_t iterations = 1;                  // each runs every graph once
+    std::chrono::milliseconds interval{0};    // between iterations
+    std::chrono::milliseconds finalPause{0};  // after the last one
+};
+
 class Session {
 public:
     // config: what loadConfig gets. library and backend have to outlive the session.
     Session(const ExtensionLibrary& library, const Backend& backend, std::string config, DocumentFacts facts,
-            int32_t logLevel);
+            RunPlan plan, int32_t logLevel);
 
-    // Fills in the stages, the ledger and the result. A hook that the rest depends on ends the life early.
+    // Fills in the stages, the votes, the ledger and the result. A hook that the rest depends on ends the life early.
     void run(RunReport& report);
 
 private:
@@ -24,10 +35,14 @@ private:
     void createContext();
     void composeGraphs();
     void finalizeGraphs();
+    void executeGraphs();
     void executeGraph(size_t index);
+    void pause(std::chrono::milliseconds duration);
     void freeContext();
     void freeDevice();
 
+    const std::vector<std::string>& graphNames() const;
+    void collectAccounts(RunReport& report) const;
     void stage(const char* title, const char* explanation);
     // Runs a hook or a step of the host, takes its log lines and adds it to the stage.
     template <typename Call>
@@ -47,6 +62,8 @@ private:
     const std::string m_config;
     const int32_t m_logLevel;
     const DocumentFacts m_facts;
+    const RunPlan m_plan;
+    TimeLine m_timeLine;
     RunReport* m_report = nullptr;
     ExtensionLibrary::Object m_object;
     void* m_device = nullptr;

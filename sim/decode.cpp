@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "zant_sim/sim_backend.h"
 #include "zelmar_kor/custom_configs.h"
 
 namespace zant::sim {
@@ -129,7 +130,13 @@ std::string describeDeviceSettings(const ZantConfigWrapper* const* configs) {
 }
 
 std::string describePowerRecords(const PowerConfigRecord* const* records) {
-    return joinList(records, LIST_LIMIT, describePowerRecord);
+    return joinList(records, ZANT_SIM_VOTE_RECORDS, describePowerRecord);
+}
+
+std::string describeMemoryRecords(const PowerMemoryRecord* const* records) {
+    return joinList(records, ZANT_SIM_VOTE_RECORDS, [](const PowerMemoryRecord& record) {
+        return "[option " + std::to_string(record.option) + " " + std::to_string(record.value) + "]";
+    });
 }
 
 }  // namespace zant::sim

@@ -27,5 +27,6 @@ std::string describeConfigs(const ZantConfigWrapper* const* configs, uint32_t co
 // What deviceSetConfig is given: each wrapper's option record and, for the extension option, the switch behind it.
 std::string describeDeviceSettings(const ZantConfigWrapper* const* configs);
 std::string describePowerRecords(const PowerConfigRecord* const* records);
+std::string describeMemoryRecords(const PowerMemoryRecord* const* records);
 
 }  // namespace zant::sim

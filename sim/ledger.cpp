@@ -1,6 +1,7 @@
 #include "ledger.h"
 
 #include <cstring>
+#include <thread>
 
 #include "decode.h"
 #include "zant_sim/sim_backend.h"
@@ -8,12 +9,28 @@
 namespace zant::sim {
 
 uint64_t Ledger::call(const std::string& operation, const std::string& arguments, const std::string& prefix) {
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    const uint64_t status = scriptedStatus(operation);
-    std::string line = prefix + operation + "(" + arguments + ") -> ";
-    line += status == 0 ? "0" : hex(status) + " (scripted failure)";
-    m_entries.push_back(std::move(line));
+    const uint64_t status = enter(operation);
+    write(prefix + operation + "(" + arguments + ")", status, {});
     return status;
+}
+
+uint64_t Ledger::enter(const std::string& operation) {
+    std::unique_lock<std::mutex> lock(m_mutex);
+    if (!m_firstCall) m_firstCall = std::chrono::steady_clock::now();
+    const uint64_t status = scriptedStatus(operation);
+    const auto latency = m_latencies.find(operation);
+    if (latency == m_latencies.end()) return status;
+    const std::chrono::microseconds pause = latency->second;
+    lock.unlock();
+    std::this_thread::sleep_for(pause);
+    return status;
+}
+
+void Ledger::write(const std::string& callText, uint64_t status, const std::string& misuse) {
+    const char* reason = misuse.empty() ? " (scripted failure)" : " (misuse)";
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_entries.push_back(callText + " -> " + (status == 0 ? "0" : hex(status) + reason));
+    if (!misuse.empty()) m_entries.push_back("misuse: " + misuse);
 }
 
 uint64_t Ledger::scriptedStatus(const std::string& operation) {
@@ -34,10 +51,24 @@ void Ledger::failNthCall(const std::string& operation, uint32_t n, uint64_t stat
     m_failures[operation] = Failure{n, status};
 }
 
+void Ledger::setLatency(const std::string& operation, uint32_t microseconds) {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_latencies[operation] = std::chrono::microseconds(microseconds);
+    if (microseconds == 0) m_latencies.erase(operation);
+}
+
+uint64_t Ledger::elapsedNs() const {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (!m_firstCall) return 0;
+    const auto elapsed = std::chrono::steady_clock::now() - *m_firstCall;
+    return static_cast<uint64_t>(std::chrono::duration_cast<std::chrono::nanoseconds>(elapsed).count());
+}
+
 void Ledger::clear() {
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_entries.clear();
     m_failures.clear();
+    m_latencies.clear();
 }
 
 size_t Ledger::size() const {
@@ -73,4 +104,8 @@ size_t ZantSim_ledgerEntry(size_t index, char* text, size_t capacity) {
 
 void ZantSim_failNthCall(const char* operation, uint32_t n, uint64_t status) {
     if (operation != nullptr) zant::sim::ledger().failNthCall(operation, n, status);
+}
+
+void ZantSim_setLatency(const char* operation, uint32_t microseconds) {
+    if (operation != nullptr) zant::sim::ledger().setLatency(operation, microseconds);
 }

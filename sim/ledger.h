@@ -1,10 +1,12 @@
-// Every call of the simulated backend passes here: it is counted, failed when the script says so, and written down.
+// Every call of the simulated backend passes here: it is slowed or failed when the script says so, and written down.
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <map>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -14,8 +16,15 @@ class Ledger {
 public:
     // Returns the status that the call has to answer with: 0, or the scripted one.
     uint64_t call(const std::string& operation, const std::string& arguments, const std::string& prefix = {});
+    // The two halves of call, for operations that may refuse by themselves. enter takes the operation's latency and
+    // returns the scripted status; write adds the line, and one more when misuse says what was wrong.
+    uint64_t enter(const std::string& operation);
+    void write(const std::string& callText, uint64_t status, const std::string& misuse);
 
     void failNthCall(const std::string& operation, uint32_t n, uint64_t status);
+    void setLatency(const std::string& operation, uint32_t microseconds);
+    // Nanoseconds since the first call; 0 before it.
+    uint64_t elapsedNs() const;
     void clear();
     size_t size() const;
     // An empty text past the end.
@@ -32,7 +41,12 @@ private:
     mutable std::mutex m_mutex;
     std::vector<std::string> m_entries;
     std::map<std::string, Failure> m_failures;
+    std::map<std::string, std::chrono::microseconds> m_latencies;
+    std::optional<std::chrono::steady_clock::time_point> m_firstCall;
 };
+
+// What an operation answers to wrong use.
+constexpr uint64_t MISUSE_STATUS = 1001;
 
 // The one ledger of this library.
 Ledger& ledger();

@@ -1,6 +1,10 @@
 // The host's half of a model's life: devices, contexts and graphs that are handles and ledger lines.
+#include <mutex>
+#include <set>
+
 #include "decode.h"
 #include "ledger.h"
+#include "power_ids.h"
 #include "zant_sim/sim_backend.h"
 
 using namespace zant::sim;
@@ -19,14 +23,30 @@ uint64_t use(const char* operation, const void* handle, const std::string& more 
     return handle == nullptr ? 1 : status;
 }
 
+std::mutex g_devicesMutex;
+std::set<const void*> g_devices;
+
+// Whether the device was the last one.
+bool removeDevice(const void* device) {
+    const std::lock_guard<std::mutex> lock(g_devicesMutex);
+    return g_devices.erase(device) > 0 && g_devices.empty();
+}
+
 }  // namespace
 
 uint64_t ZantSim_createDevice(ZantConfigWrapper** configs, uint32_t count, void** device) {
-    return create(HandleKind::DEVICE, "createDevice", describeDeviceConfigs(configs, count), device);
+    const uint64_t status = create(HandleKind::DEVICE, "createDevice", describeDeviceConfigs(configs, count), device);
+    const std::lock_guard<std::mutex> lock(g_devicesMutex);
+    if (status == 0) g_devices.insert(*device);
+    return status;
 }
 
 uint64_t ZantSim_freeDevice(void* device) {
-    return use("freeDevice", device);
+    const uint64_t status = ledger().enter("freeDevice");
+    const size_t left = status == 0 && removeDevice(device) ? powerIds().liveCount() : 0;
+    const std::string misuse = left == 0 ? "" : "freeDevice: power config ids not destroyed: " + std::to_string(left);
+    ledger().write("freeDevice(" + describeHandle(device) + ")", status, misuse);
+    return device == nullptr ? 1 : status;
 }
 
 uint64_t ZantSim_createContext(void* device, ZantConfigWrapper** configs, uint32_t count, void** context) {

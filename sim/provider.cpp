@@ -7,6 +7,7 @@
 
 #include "decode.h"
 #include "ledger.h"
+#include "power_ids.h"
 #include "zant_sim/sim_backend.h"
 
 namespace zant::sim {
@@ -176,6 +177,7 @@ void ZantSim_setProviders(const uint32_t* backendIds, size_t count) {
 void ZantSim_clear() {
     using namespace zant::sim;
     ledger().clear();
+    powerIds().clearTimeLine();
     const std::lock_guard<std::mutex> lock(state().mutex);
     state().version = START_VERSION;
     setStartProviders(state());
