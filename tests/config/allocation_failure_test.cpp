@@ -1,36 +1,9 @@
 // Every single allocation of a load fails once: no crash, no leak, no exception out of the hook.
 #include <gmock/gmock.h>
 
-#include <cstdlib>
-#include <new>
-
 #include "extension/kor_backend.h"
+#include "support/allocation.h"
 #include "support/log_capture.h"
-
-namespace {
-// Allocations of this thread until one fails; negative: none does.
-thread_local int t_allocationsLeft = -1;
-
-void* allocate(size_t size) noexcept {
-    if (t_allocationsLeft >= 0 && t_allocationsLeft-- == 0) return nullptr;
-    return std::malloc(size == 0 ? 1 : size);
-}
-void* allocateOrThrow(size_t size) {
-    if (void* block = allocate(size)) return block;
-    throw std::bad_alloc();
-}
-}  // namespace
-
-// clang-format off
-void* operator new(size_t size) { return allocateOrThrow(size); }
-void* operator new[](size_t size) { return allocateOrThrow(size); }
-void* operator new(size_t size, const std::nothrow_t&) noexcept { return allocate(size); }
-void* operator new[](size_t size, const std::nothrow_t&) noexcept { return allocate(size); }
-void operator delete(void* block) noexcept { std::free(block); }
-void operator delete[](void* block) noexcept { std::free(block); }
-void operator delete(void* block, size_t) noexcept { std::free(block); }
-void operator delete[](void* block, size_t) noexcept { std::free(block); }
-// clang-format on
 
 namespace zant::test {
 namespace {
@@ -51,10 +24,9 @@ TEST(AllocationFailure, AnyAllocationOfALoadMayFail) {
         kor::KORBackend backend;
         std::string config = DOCUMENT;
         log.take();
-        t_allocationsLeft = failAt;
+        failAllocation(failAt);
         result = backend.loadConfig(std::move(config));
-        failed = t_allocationsLeft < 0;
-        t_allocationsLeft = -1;
+        failed = !failAllocation(-1);
         if (failed) {
             const std::vector<std::string> texts = log.texts();
             ASSERT_FALSE(texts.empty()) << failAt;

@@ -6,6 +6,7 @@
 #include <map>
 
 #include "extension/kor_backend.h"
+#include "support/bind_provider.h"
 #include "support/log_capture.h"
 
 namespace zant::test {
@@ -39,6 +40,7 @@ protected:
         return m_backend.setGraphOptions(index, arch, spadMb, "g", level, dlbc, sharing, threads);
     }
 
+    FakeInfrastructure m_infrastructure;
     LogCapture m_log;
     kor::KORBackend m_backend;
 };
@@ -81,7 +83,7 @@ TEST_F(HooksTest, NamesAreSanitized) {
 TEST_F(HooksTest, DeviceRecordsStandInTheirOrder) {
     EXPECT_THAT(deviceRecords(), IsEmpty());
     EXPECT_THAT(m_log.takeTexts(), ElementsAre("3 No deviceId specified by user, defaulting to deviceId=0"));
-    kor::KORBackend other;
+    ASSERT_TRUE(bindProvider(m_backend, m_infrastructure));
     ASSERT_TRUE(m_backend.loadConfig(
         R"({"devices":[{"device_id":0,"enable_async_execute":true,"soc_id":475,"dsp_arch":"v73","pd_session":"signed",)"
         R"("use_dynamic_partitioning":true},{"device_id":9,"soc_id":1}]})"));
@@ -91,6 +93,7 @@ TEST_F(HooksTest, DeviceRecordsStandInTheirOrder) {
         EXPECT_THAT(deviceRecords(), ElementsAre("2:0,1", "5:0,1", "1:0,73", "0:475,0", "4:0,1"));
         EXPECT_THAT(m_log.takeTexts(), ElementsAre("3 User specified deviceId=0"));
         EXPECT_TRUE(!withAfter || m_backend.afterDeviceCreate());
+        m_log.take();
     }
     EXPECT_TRUE(m_backend.loadConfig(R"({"devices":[{"device_id":3}]})"));
     EXPECT_THAT(deviceRecords(), ElementsAre("2:3,1", "5:3,1", "1:3,73", "0:475,0", "4:3,1"));
@@ -122,6 +125,7 @@ TEST_F(HooksTest, HooksNeedTheirOutPointers) {
 
 // A later load checks the first device's profile against its corners: there the override shows.
 TEST_F(HooksTest, ThePerfProfileOfTheHostOverridesTheDocuments) {
+    ASSERT_TRUE(bindProvider(m_backend, m_infrastructure));
     ASSERT_TRUE(m_backend.loadConfig(R"({"devices":[{"cores":[{"perf_profile":"burst"}]}]})"));
     for (const uint32_t profile : {21U, 22U}) {
         EXPECT_TRUE(m_backend.setPerfProfile(profile));

@@ -14,22 +14,6 @@ namespace {
 using namespace testing_support;
 using testing::ElementsAre;
 
-const ZantProviderRecord& ourProvider(const Sim& sim) {
-    const ZantProviderRecord** list = nullptr;
-    uint32_t count = 0;
-    sim.getProviders()(&list, &count);
-    for (uint32_t i = 0; i < count; ++i) {
-        if (list[i]->backendId == ZANT_BACKEND_ID_KOR) return *list[i];
-    }
-    throw std::runtime_error("no provider of ours");
-}
-
-const ZantPerfInfrastructure& infrastructure(const ZantProviderRecord& provider) {
-    const ZantPerfInfrastructure* table = nullptr;
-    if (provider.deviceGetInfrastructure(&table) != 0) throw std::runtime_error("no infrastructure");
-    return *table;
-}
-
 TEST(SimBackend, FailsTheNthCallOfOneOperationOnce) {
     const Sim sim;
     const ZantProviderRecord& provider = ourProvider(sim);
@@ -85,8 +69,10 @@ TEST(SimBackend, KeepsEveryLineOfTwoThreads) {
     const Sim sim;
     const ZantPerfInfrastructure& power = infrastructure(ourProvider(sim));
     const size_t before = sim.ledger().size();
+    const PowerMemoryRecord record{1, 0x02000000};
     const auto work = [&] {
-        for (int i = 0; i < calls; ++i) power.setMemoryConfig(0, 0, nullptr);
+        const PowerMemoryRecord* records[] = {&record, nullptr};
+        for (int i = 0; i < calls; ++i) power.setMemoryConfig(0, 0, records);
     };
     std::thread other(work);
     work();

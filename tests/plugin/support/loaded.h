@@ -66,6 +66,22 @@ public:
     }
 };
 
+inline const ZantProviderRecord& ourProvider(const Sim& sim) {
+    const ZantProviderRecord** list = nullptr;
+    uint32_t count = 0;
+    sim.getProviders()(&list, &count);
+    for (uint32_t i = 0; i < count; ++i) {
+        if (list[i]->backendId == ZANT_BACKEND_ID_KOR) return *list[i];
+    }
+    throw std::runtime_error("no provider of ours");
+}
+
+inline const ZantPerfInfrastructure& infrastructure(const ZantProviderRecord& provider) {
+    const ZantPerfInfrastructure* table = nullptr;
+    if (provider.deviceGetInfrastructure(&table) != 0) throw std::runtime_error("no infrastructure");
+    return *table;
+}
+
 // An object of the extension library that logs into errors(); the library is unloaded with it.
 class Extension {
 public:

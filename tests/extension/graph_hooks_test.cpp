@@ -1,0 +1,135 @@
+// From the document's graphs to the lists that the host composes with.
+#include <optional>
+#include <set>
+#include <sstream>
+#include <tuple>
+
+#include "support/allocation.h"
+#include "support/graph_records.h"
+#include "support/log_capture.h"
+
+namespace zant::test {
+namespace {
+
+using testing::ElementsAre;
+using Texts = std::vector<std::string>;
+
+// Each member with the words of the one record that it makes.
+const char* const MEMBERS =
+    R"("fp16_relaxed_precision":7=2 0 1|;"num_cores":3=8 0 3|;"O":3=1 0 3 40400000|;)"
+    R"("spad_size":2097153=a 0 200001|;"spad_mb":2=3 0 2|;)"
+    R"("dru_op_bounding":{"dru_frequency":1.5,"dsp_core_frequency":2}=b 0 3fc00000 40000000|;)"
+    R"("dru_op_bounding":{"dru_frequency":1.5,"dsp_core_frequency":0}=;"dlbc":0=1 0 4|;"dlbc_weights":1=;)"
+    R"("cached_weights":1=1 0 9 3f800000|;"sparse_weights_compression":1=;)"
+    R"("slu_threads":4294967295=6 0 ffffffff|;"assume_same_quant":true=d 0 1|;"share_io_buffer":true=e 0 1|;)"
+    R"("advanced_activation_fusion":false=f|;"high_precision_sigmoid":true=10 0 1|;)"
+    R"("monolithic_lstm":true=11 0 1|;"precision_compensation":true=12 0 1|;"enable_predication":true=13 0 1|;)"
+    R"("fp16_clamp_overflow":true=14 0 1|;"short_depth_conv_on_dru_off":true=5 0 1|;)"
+    R"("fold_relu_activation_into_conv_off":true=4 0 1|;"weights_packing":true=c 0 1|;)"
+    R"("slc_alloc_enable":4294967294=1 0 7 4f800000|;"spad_retention":0=;)";
+
+const std::string ALL_MEMBERS =
+    R"("weights_packing":true,"slc_alloc_enable":1,"short_depth_conv_on_dru_off":true,"monolithic_lstm":true,)"
+    R"("fold_relu_activation_into_conv_off":true,"enable_predication":true,"fp16_clamp_overflow":true,"O":2,)"
+    R"("precision_compensation":true,"high_precision_sigmoid":true,"advanced_activation_fusion":false,)"
+    R"("share_io_buffer":true,"assume_same_quant":true,"finalize_config":{"x":"text","y":1},"slu_threads":1,)"
+    R"("cached_weights":1,"dlbc":1,"dynamic_partitioning":[5,6,7],"spad_retention":1,"spad_mb":8,"num_cores":1,)"
+    R"("dru_op_bounding":{"dru_frequency":1,"dsp_core_frequency":1},"fp16_relaxed_precision":1)";
+
+class GraphHooks : public testing::Test {
+protected:
+    bool compose(const std::string& document) {
+        m_backend.emplace();
+        EXPECT_TRUE(m_backend->loadConfig(document));
+        m_log.take();
+        return m_backend->beforeGraphsCompose(&m_infos, &m_count);
+    }
+    auto records(uint32_t info) const { return recordsOf(info < m_count ? m_infos[info]->configs : nullptr); }
+
+    LogCapture m_log{ZANT_LOG_LEVEL_WARN};
+    std::optional<kor::KORBackend> m_backend;
+    GraphConfigInfo_t** m_infos = nullptr;
+    uint32_t m_count = 77;
+};
+
+TEST_F(GraphHooks, EachSettingMakesItsRecord) {
+    std::istringstream rows(MEMBERS);
+    for (std::string member, words; std::getline(rows, member, '=') && std::getline(rows, words, ';');) {
+        EXPECT_TRUE(compose(graphDocument(member))) << member;
+        ASSERT_EQ(m_count, 1U);
+        EXPECT_EQ(wordsOf(records(0)), words) << member;
+        EXPECT_EQ(m_infos[0]->configs == nullptr, words.empty());
+    }
+}
+
+TEST_F(GraphHooks, AListHasItsOrderAndServesEachOfItsNames) {
+    EXPECT_TRUE(compose(R"({"graphs":[{"graph_names":["a b","2c"],)" + ALL_MEMBERS +
+                        R"(},{"graph_names":["a b"],"dynamic_partitioning":[9]}]})"));
+    for (int round = 0; round < 2; ++round) {
+        ASSERT_EQ(m_count, 3U);
+        std::vector<uint32_t> options;
+        for (const KORGraphCustomConfig& record : records(0)) options.push_back(record.option);
+        ASSERT_EQ(options, (std::vector<uint32_t>{2,  8,  1,  3,  11, 21, 1,  1, 6, 7,  7, 13,
+                                                  14, 15, 16, 17, 18, 19, 20, 5, 4, 12, 1}));
+        const KORGraphCustomConfig::Setting partitions = records(0)[5].values.setting;
+        EXPECT_THAT(std::vector(partitions.array, partitions.array + partitions.first.number), ElementsAre(5, 6, 7));
+        EXPECT_EQ(*records(2).at(0).values.setting.array, 9U);
+        EXPECT_STREQ(m_infos[0]->graphName, "a_b");
+        EXPECT_STREQ(m_infos[1]->graphName, "_2c");
+        EXPECT_EQ(m_infos[0]->configs, m_infos[1]->configs);
+        EXPECT_TRUE(m_backend->afterGraphsCompose());
+        EXPECT_TRUE(m_backend->beforeGraphsCompose(&m_infos, &m_count));
+    }
+}
+
+TEST_F(GraphHooks, WhatIsToldAndWhatFails) {
+    const std::string unnamed = "1 Valid 'graph_names' must be specified to configure graph settings.";
+    const std::string old = "2 precision_compensation requires min_arch >= 81; current arch may not support it.";
+    const std::string graphs = graphDocument(R"("precision_compensation":true)").substr(1);
+    const std::tuple<std::string, bool, uint32_t, Texts> rows[] = {
+        {R"({})", true, 77, {}},
+        {R"({"graphs":[{"graph_names":["a","b"],"perf_profile":"burst"}]})", true, 0, {}},
+        {R"({"graphs":[{"perf_profile":"burst"}]})", false, 0, {unnamed}},
+        {R"({"graphs":[{"num_cores":1},{"graph_names":["b"],"num_cores":1}]})", false, 2, {unnamed}},
+        {graphDocument(R"("dlbc_weights":1,"sparse_weights_compression":1)"),
+         true,
+         1,
+         {"1 dlbc weights unsupported", "1 Sparse Weights Compression unsupported"}},
+        {R"({"devices":[{}],)" + graphs, true, 1, {}},
+        {R"({"devices":[{"dsp_arch":"v73"}],)" + graphs, true, 1, {old}},
+        {R"({"devices":[{"dsp_arch":"v81"},{"dsp_arch":"v73"}],)" + graphs, true, 1, {}},
+    };
+    for (const auto& [document, result, count, lines] : rows) {
+        m_count = 77;
+        EXPECT_EQ(compose(document), result) << document;
+        EXPECT_EQ(m_count, count) << document;
+        EXPECT_EQ(m_log.takeTexts(), lines);
+        EXPECT_TRUE(count != 2 || std::string(m_infos[0]->graphName).empty());
+    }
+}
+
+// A shortage costs one line and what the line names: one record, a leaf with those behind it, a name, or the list.
+TEST_F(GraphHooks, AnyAllocationOfACompositionMayFail) {
+    std::set<std::string> lines;
+    bool failed = true;
+    for (int failAt = 0; failed; ++failAt) {
+        kor::KORBackend backend;
+        ASSERT_TRUE(backend.loadConfig(graphDocument(ALL_MEMBERS)));
+        m_log.take();
+        failAllocation(failAt);
+        const bool result = backend.beforeGraphsCompose(&m_infos, &m_count);
+        failed = !failAllocation(-1);
+        EXPECT_EQ(result, !failed);
+        const Texts texts = m_log.takeTexts();
+        ASSERT_EQ(texts.size(), failed ? 1U : 0U);
+        lines.insert(texts.begin(), texts.end());
+        EXPECT_GE(m_count == 0 ? 21 : records(0).size(), failed ? 21U : 23U) << testing::PrintToString(texts);
+        EXPECT_TRUE(backend.afterGraphsCompose());
+        EXPECT_TRUE(backend.beforeGraphsCompose(&m_infos, &m_count));
+        EXPECT_EQ(records(0).size(), 23U);
+    }
+    EXPECT_EQ(lines.size(), 24U);  // 21 records, the leaves, a wrapper, a name
+}
+
+}  // namespace
+}  // namespace zant::test

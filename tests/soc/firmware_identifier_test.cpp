@@ -1,0 +1,177 @@
+#include "soc/firmware_identifier.h"
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+#include <sys/stat.h>
+
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "platform/system.h"
+
+namespace soc {
+namespace {
+
+constexpr size_t HEADER_SIZE = 36;
+constexpr size_t BUFFER_SIZE = 65536;
+constexpr uint32_t REVISION_OF_405 = 0x8180;
+
+void put(std::string& bytes, size_t offset, const void* word, size_t size) {
+    std::memcpy(bytes.data() + offset, word, size);
+}
+
+// The tables' reads, by which a test sees the cache.
+size_t g_reads = 0;
+size_t countedRead(const char* name, void* buffer, size_t capacity) {
+    ++g_reads;
+    return zant::system::readFirmwareTable(name, buffer, capacity);
+}
+
+std::string table(const std::string& body, uint32_t oemRevision = 1) {
+    std::string bytes = std::string(HEADER_SIZE, '\0') + body;
+    const auto length = static_cast<uint32_t>(bytes.size());
+    put(bytes, 4, &length, sizeof(length));
+    put(bytes, 24, &oemRevision, sizeof(oemRevision));
+    return bytes;
+}
+
+std::string withLength(std::string bytes, uint32_t length) {
+    put(bytes, 4, &length, sizeof(length));
+    return bytes;
+}
+
+// The structure of two identifiers, as far as it is looked at.
+std::string ids(uint64_t first, uint64_t second) {
+    std::string bytes(24, '\0');
+    bytes[0] = 2;
+    put(bytes, 8, &first, sizeof(first));
+    put(bytes, 16, &second, sizeof(second));
+    return bytes;
+}
+
+std::string gap(size_t size) {
+    return std::string(size, '\1');
+}
+
+class FirmwareIdentifierTest : public testing::Test {
+protected:
+    void SetUp() override {
+        m_root = testing::TempDir() + "/zant_firmware_XXXXXX";
+        ASSERT_NE(mkdtemp(m_root.data()), nullptr);
+        std::filesystem::create_directory(m_root + "/firmware");
+        ASSERT_EQ(setenv("ZELMAR_PLATFORM_ROOT", m_root.c_str(), 1), 0);
+        write("FACP", table(gap(240)));
+    }
+    void TearDown() override {
+        unsetenv("ZELMAR_PLATFORM_ROOT");
+        std::filesystem::remove_all(m_root);
+    }
+    std::string path(const char* name) const { return m_root + "/firmware/" + name; }
+    void write(const char* name, const std::string& bytes) const {
+        std::ofstream(path(name), std::ios::binary | std::ios::trunc) << bytes;
+    }
+
+    std::string m_root;
+};
+
+struct TopologyCase {
+    const char* what;
+    std::string bytes;
+    uint32_t identifier;
+    bool cached;
+};
+
+const TopologyCase TOPOLOGIES[] = {
+    {"first entry of the map", table(gap(24) + ids(0x88, 0x22B)), 538, true},
+    {"last entry of the map", table(ids(0x76, 0x1F2)), 498, true},
+    {"a pair that nobody knows", table(ids(0x88, 0x1F2)), 0, true},
+    {"both identifiers 0", table(ids(0, 0)), 0, false},
+    {"no byte equal to 2", table(gap(200)), 0, false},
+    {"the first such byte counts, amid another node", table(gap(5) + ids(0xA1, 0x2BB) + gap(3) + ids(0x71, 0x1C1)), 662,
+     true},
+    {"a first structure without a key hides the second", table(ids(0, 0) + ids(0x71, 0x1C1)), 0, false},
+    {"the first identifier's upper half is shifted out", table(ids(0x5'0000'0071, 0x1C1)), 435, true},
+    {"the second identifier's upper half is ORed in", table(ids(0x70, 0x1'0000'01C1)), 435, true},
+    {"length 0", withLength(table(ids(0x71, 0x1C1)), 0), 0, false},
+    {"the length ends before the structure", withLength(table(gap(24) + ids(0x71, 0x1C1)), 24), 0, false},
+    {"the length ends in the structure", withLength(table(gap(24) + ids(0x71, 0x1C1)), 25), 435, true},
+    {"a length beyond the file, structure found", withLength(table(ids(0x71, 0x1C1)), 0xFFFFFFFF), 435, true},
+    {"a length beyond the file, none found", withLength(table(gap(24)), 0xFFFFFFFF), 0, false},
+    {"cut inside the second identifier", table(ids(0x71, 0x1C1)).substr(0, HEADER_SIZE + 23), 0, false},
+    {"cut behind the structure's first byte", table(ids(0x71, 0x1C1)).substr(0, HEADER_SIZE + 1), 0, false},
+    {"cut behind the header", table(ids(0x71, 0x1C1)).substr(0, HEADER_SIZE), 0, false},
+    {"cut inside the header", table(ids(0x71, 0x1C1)).substr(0, 5), 0, false},
+    {"empty", "", 0, false},
+    {"the buffer's whole size", table(gap(BUFFER_SIZE - HEADER_SIZE - 24) + ids(0x71, 0x1C1)), 435, true},
+    {"one byte more", table(gap(BUFFER_SIZE - HEADER_SIZE - 23) + ids(0x71, 0x1C1)), 0, false},
+    {"one byte more, structure in front", table(ids(0x71, 0x1C1) + gap(BUFFER_SIZE - HEADER_SIZE - 23)), 0, false},
+};
+
+TEST_F(FirmwareIdentifierTest, TheTopologyTableNamesTheChip) {
+    // What lies in the working buffer from the table before is no part of this one.
+    std::string before;
+    while (before.size() < 1000) before += ids(0xA8, 0x2B5);
+    write("FACP", table(before));
+    for (const auto& [what, bytes, identifier, cached] : TOPOLOGIES) {
+        SCOPED_TRACE(what);
+        FirmwareIdentifier firmware(countedRead);
+        write("PPTT", bytes);
+        EXPECT_EQ(firmware.identify(), identifier);
+        write("PPTT", table(ids(0xA1, 0x2BA)));
+        g_reads = 0;
+        EXPECT_EQ(firmware.identify(), cached ? identifier : 662);
+        EXPECT_EQ(g_reads == 0, cached);
+    }
+}
+
+TEST_F(FirmwareIdentifierTest, TheFixedTableComesFirst) {
+    FirmwareIdentifier firmware(countedRead);
+    const auto identified = [&](const std::string& fixed) {
+        write("FACP", fixed);
+        return firmware.identify();
+    };
+    EXPECT_EQ(identified(table("")), 0U) << "no topology table";
+    write("PPTT", table(ids(0xA8, 0x2D9)));
+    std::filesystem::remove(path("FACP"));
+    EXPECT_EQ(firmware.identify(), 0U);
+    EXPECT_EQ(identified(""), 0U);
+    EXPECT_EQ(identified(table(gap(BUFFER_SIZE), REVISION_OF_405)), 0U) << "larger than what is read";
+    EXPECT_EQ(identified(table("", REVISION_OF_405).substr(0, 28)), 405U);
+    g_reads = 0;
+    EXPECT_EQ(identified(table(gap(240), REVISION_OF_405)), 405U) << "was not cached";
+    EXPECT_EQ(g_reads, 2U) << "the fixed table's size and contents";
+    EXPECT_EQ(identified(table("", REVISION_OF_405).substr(0, 27)), 693U) << "the revision is cut";
+    EXPECT_EQ(identified(table("", REVISION_OF_405)), 693U) << "cached by now";
+}
+
+TEST_F(FirmwareIdentifierTest, AReaderThatContradictsItselfIsNotBelieved) {
+    write("PPTT", table(gap(100) + ids(0x71, 0x1C1)));
+    FirmwareIdentifier growing([](const char* name, void* buffer, size_t capacity) {
+        return zant::system::readFirmwareTable(name, buffer, capacity) + (buffer == nullptr ? 0 : BUFFER_SIZE);
+    });
+    EXPECT_EQ(growing.identify(), 0U);
+    FirmwareIdentifier vanishing([](const char* name, void* buffer, size_t capacity) {
+        return buffer != nullptr && *name == 'P' ? 0 : zant::system::readFirmwareTable(name, buffer, capacity);
+    });
+    EXPECT_EQ(vanishing.identify(), 0U);
+}
+
+TEST_F(FirmwareIdentifierTest, OnlyARegularFileIsATableAndOnlyAWholeOneIsWritten) {
+    ASSERT_EQ(mkfifo(path("PIPE").c_str(), 0600), 0);
+    std::filesystem::create_directory(path("DIRE"));
+    write("WHOL", "12345");
+    char buffer[] = "......";
+    for (const char* name : {"PIPE", "DIRE", "NONE"}) {
+        EXPECT_EQ(zant::system::readFirmwareTable(name, buffer, sizeof(buffer)), 0U) << name;
+    }
+    EXPECT_EQ(zant::system::readFirmwareTable("WHOL", nullptr, 0), 5U);
+    EXPECT_EQ(zant::system::readFirmwareTable("WHOL", buffer, 4), 5U);
+    EXPECT_STREQ(buffer, "......");
+    EXPECT_EQ(zant::system::readFirmwareTable("WHOL", buffer, 5), 5U);
+    EXPECT_STREQ(buffer, "12345.");
+}
+
+}  // namespace
+}  // namespace soc
