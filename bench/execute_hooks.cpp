@@ -18,9 +18,15 @@ uint64_t createId(uint32_t, uint32_t, uint32_t* id) {
     *id = 1;
     return 0;
 }
-uint64_t destroyId(uint32_t) { return 0; }
-uint64_t setPowerConfig(uint32_t, const PowerConfigRecord**) { return 0; }
-uint64_t setMemoryConfig(uint32_t, uint32_t, const PowerMemoryRecord**) { return 0; }
+uint64_t destroyId(uint32_t) {
+    return 0;
+}
+uint64_t setPowerConfig(uint32_t, const PowerConfigRecord**) {
+    return 0;
+}
+uint64_t setMemoryConfig(uint32_t, uint32_t, const PowerMemoryRecord**) {
+    return 0;
+}
 
 constexpr ZantPerfInfrastructure INFRASTRUCTURE{0, createId, destroyId, setPowerConfig, setMemoryConfig};
 
@@ -85,8 +91,12 @@ void* operator new(size_t size) {
     if (void* block = std::malloc(size)) return block;
     throw std::bad_alloc();
 }
-void operator delete(void* block) noexcept { std::free(block); }
-void operator delete(void* block, size_t) noexcept { std::free(block); }
+void operator delete(void* block) noexcept {
+    std::free(block);
+}
+void operator delete(void* block, size_t) noexcept {
+    std::free(block);
+}
 
 int main() {
     zant::kor::KORBackend backend;
