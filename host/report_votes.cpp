@@ -18,7 +18,8 @@ std::string milliseconds(uint64_t nanoseconds) {
 TableRow lineRow(const VoteLine& line) {
     TableRow row{milliseconds(line.timeNs), line.stage, line.thread, fmt::format("{}", line.id)};
     if (line.ended) {
-        row.insert(row.end(), {"-", "-", "-", "-", "the id is destroyed"});
+        row.insert(row.end(), {"-", "-", "-", "-",
+                               line.id == 0 ? "the default client's vote is cancelled" : "the id is destroyed"});
         return row;
     }
     const DecodedVote& vote = line.vote;

@@ -18,7 +18,7 @@ constexpr size_t LENGTH_AT = 4;
 constexpr size_t OEM_REVISION_AT = 24;
 constexpr uint32_t OEM_REVISION_OF_405 = 0x8180;
 constexpr uint8_t ID_STRUCTURE = 2;
-constexpr size_t FIRST_ID_BEHIND = 8;  // bytes behind the ID structure's type
+constexpr size_t FIRST_ID_BEHIND = 8;  // bytes behind the structure's type
 constexpr size_t SECOND_ID_BEHIND = 16;
 
 struct FirmwareRow {
@@ -50,20 +50,16 @@ uint32_t identifierOfKey(uint64_t key) {
 }
 
 // The key of the first ID structure, 0 for none. The body is looked through byte by byte, not node by node: the first
-// byte that says so begins the structure. The table's own length counts the bytes looked at, header aside; either it or
-// the file may be cut short, so nothing behind the bytes that were read is touched.
+// byte that says so begins the structure. As many bytes are looked at as the whole table claims to have; that may be
+// more than were read, or fewer.
 uint64_t keyOfProcessorTable(const uint8_t* table, size_t size) {
     if (size < HEADER_SIZE) return 0;
-    const size_t length = wordAt<uint32_t>(table, LENGTH_AT);
-    for (size_t i = 0; i < length && HEADER_SIZE + i < size; ++i) {
-        const size_t at = HEADER_SIZE + i;
-        if (table[at] != ID_STRUCTURE) continue;
-        if (at + SECOND_ID_BEHIND + sizeof(uint64_t) > size) return 0;
-        const auto first = wordAt<uint64_t>(table, at + FIRST_ID_BEHIND);
-        const auto second = wordAt<uint64_t>(table, at + SECOND_ID_BEHIND);
-        return second | (first << 32U);
-    }
-    return 0;
+    const uint8_t* const body = table + HEADER_SIZE;
+    const size_t bodySize = size - HEADER_SIZE;
+    const uint8_t* const end = body + std::min<size_t>(wordAt<uint32_t>(table, LENGTH_AT), bodySize);
+    const auto at = static_cast<size_t>(std::find(body, end, ID_STRUCTURE) - body);
+    if (body + at == end || at + SECOND_ID_BEHIND + sizeof(uint64_t) > bodySize) return 0;
+    return wordAt<uint64_t>(body, at + SECOND_ID_BEHIND) | (wordAt<uint64_t>(body, at + FIRST_ID_BEHIND) << 32U);
 }
 
 constinit FirmwareIdentifier g_firmwareIdentifier(zant::system::readFirmwareTable);
@@ -75,8 +71,7 @@ uint32_t getSocModelFromFirmware() {
 }
 
 size_t FirmwareIdentifier::readTable(const char* name, uint8_t* buffer) const {
-    const size_t size = m_readTable(name, nullptr, 0);
-    if (size == 0 || size > BUFFER_SIZE) return 0;
+    if (m_readTable(name, nullptr, 0) == 0) return 0;
     const size_t read = m_readTable(name, buffer, BUFFER_SIZE);
     return read > BUFFER_SIZE ? 0 : read;
 }
@@ -84,7 +79,7 @@ size_t FirmwareIdentifier::readTable(const char* name, uint8_t* buffer) const {
 uint32_t FirmwareIdentifier::identify() {
     const uint32_t cached = m_cached.load(std::memory_order_relaxed);
     if (cached < NOT_CACHED) return cached;
-    const std::unique_ptr<uint8_t[]> buffer(new (std::nothrow) uint8_t[BUFFER_SIZE]);
+    const std::unique_ptr<uint8_t[]> buffer(new (std::nothrow) uint8_t[BUFFER_SIZE]());
     if (buffer == nullptr) return 0;
     const size_t fixedSize = readTable("FACP", buffer.get());
     if (fixedSize == 0) return 0;

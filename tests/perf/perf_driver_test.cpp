@@ -75,6 +75,8 @@ TEST_F(PerfDriverTest, PendingEventsMergeAndGoInTheirFixedOrder) {
     EXPECT_THAT(after(RUN_DONE),
                 ElementsAre("idle 4 3", "profile 2", "idle 4 1", "profile 0", "release 4 5", "release 4 4"));
     EXPECT_THAT(after(RUN_START), ElementsAre("profile 2")) << "the others are gone";
+    m_driver->setState(RUN_START, true);
+    EXPECT_THAT(after(RUN_START), IsEmpty()) << "merged with the pending one";
     begin(5);
     m_driver->setState(RUN_START, true);
     EXPECT_THAT(after(RUN_DONE), IsEmpty()) << "the hold begins and ends at once";
@@ -135,13 +137,15 @@ TEST_F(PerfDriverTest, AHoldIsEndedWithoutAVoteOrRunsOut) {
 }
 
 TEST_F(PerfDriverTest, AnExpiryVotesUnlessTheGraphIsBusy) {
-    begin(5);
     const std::pair<uint8_t, bool> events[] = {{RUN_START, true},    {INIT_START, true}, {RUN_DONE, false},
                                                {DEINIT_START, true}, {INIT_DONE, true},  {DEINIT_DONE, false}};
-    for (const auto& [event, isBusy] : events) {
-        m_driver->setState(event, false);
-        take();
-        EXPECT_EQ(after(EXPIRED).empty(), isBusy) << int{event};
+    for (const uint32_t profile : {5U, 22U}) {
+        begin(profile, false, true);
+        for (const auto& [event, isBusy] : events) {
+            m_driver->setState(event, false);
+            take();
+            EXPECT_EQ(after(EXPIRED).empty(), isBusy) << int{event};
+        }
     }
     begin(5);
     after(RUN_DONE);

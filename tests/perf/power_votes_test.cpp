@@ -122,6 +122,8 @@ TEST_F(PowerVotesTest, EveryProfileSendsItsRow) {
 }
 
 TEST_F(PowerVotesTest, ProfilesWithoutARow) {
+    const std::string tooOld =
+        "1 llm_decode_* perf profiles require Tesseron V79 or newer architecture; current arch is V";
     const struct {
         uint32_t profile, arch;
         bool result;
@@ -131,11 +133,8 @@ TEST_F(PowerVotesTest, ProfilesWithoutARow) {
         {20, 79, true, {}},
         {22, 79, false, {"1 Invalid performance profile 22 to set power configs"}},
         {0xFFFFFFFF, 79, false, {"1 Invalid performance profile -1 to set power configs"}},
-        {6,
-         78,
-         false,
-         {"1 llm_decode_* perf profiles require Tesseron V79 or newer architecture; current arch is V78"}},
-        {15, 0, false, {"1 llm_decode_* perf profiles require Tesseron V79 or newer architecture; current arch is V0"}},
+        {6, 78, false, {tooOld + "78"}},
+        {15, 0, false, {tooOld + "0"}},
     };
     for (const auto& row : rows) {
         setUp(coreWith(row.profile), row.arch);
@@ -155,9 +154,7 @@ TEST_F(PowerVotesTest, ProfilesWithoutARow) {
 }
 
 TEST_F(PowerVotesTest, LowVotes) {
-    const Corners idle = {0x30, 0x40, 0x40};
-    const Corners release = {0x20, 0x20, 0x20};
-    const Corners floor = {0x10, 0x10, 0x10};
+    const Corners idle = {0x30, 0x40, 0x40}, release = {0x20, 0x20, 0x20}, floor = {0x10, 0x10, 0x10};
     setUp(coreWith(1));
     EXPECT_TRUE(m_votes.voteIdle(LowVoteMode::powerSaver, 3));
     EXPECT_TRUE(m_votes.voteIdle(LowVoteMode::adjustUpDown, 3));
@@ -169,7 +166,8 @@ TEST_F(PowerVotesTest, LowVotes) {
                                            dcvs(1, 4, 65535, floor, floor)));
 }
 
-// State 0 has the legacy controls, 1 the expanded ones, 2 both kinds, 3 only DRU, 4 nothing, 5 expanded at maximum.
+// State 0 has the legacy controls, 1 the expanded ones, 2 both kinds, 3 only DRU, 5 expanded at maximum, 4
+// the same without being set.
 KORCoreConfig customCore() {
     KORCoreConfig core = coreWith(22);
     for (const size_t state : {0U, 2U}) {
@@ -188,8 +186,9 @@ KORCoreConfig customCore() {
         core.customPerfStates[state].dru = {1, 54, 51, 52, 53};
         core.customPerfStates[state].druControlSet = true;
     }
-    auto& maximum = core.customPerfStates[5].dcvsExp;
-    maximum.busVoltageCornerMin = maximum.busVoltageCornerTarget = maximum.busVoltageCornerMax = 65535;
+    for (const size_t state : {4U, 5U}) {
+        core.customPerfStates[state].dcvsExp = {8, 1002, 0, 65535, 65535, 65535, 34, 35, 36, 37, 38};
+    }
     return core;
 }
 
@@ -199,22 +198,21 @@ TEST_F(PowerVotesTest, CustomStatesInBothForms) {
     const Words dru = {5, 1, 51, 52, 53, 54};
     const Words defaultDru = {5, 1};
     const Words cengExp = {10, 41, 42, 43, 44};
-    const Texts none;
+    const auto bothOf = [](const std::string& kind) {
+        return "2 Both " + kind + "ExpControl and " + kind + "Control specified for state 2; " + kind +
+               "ExpControl takes priority, legacy " + kind + "Control will be ignored";
+    };
+    const std::string skipped = "3 custom power config is not set for perf event state: ";
     const struct {
         uint32_t state;
         Records records;
         Texts lines;
     } rows[] = {
-        {0, {legacy, dru, {8, 21, 22, 23, 24}}, none},
-        {1, {expanded, defaultDru, cengExp}, none},
-        {2,
-         {expanded, defaultDru, cengExp},
-         {"2 Both dcvsExpControl and dcvsControl specified for state 2; dcvsExpControl takes priority, legacy "
-          "dcvsControl will be ignored",
-          "2 Both cengExpControl and cengControl specified for state 2; cengExpControl takes priority, legacy "
-          "cengControl will be ignored"}},
-        {3, {}, {"3 custom power config is not set for perf event state: 3, skipping to update the existing vote"}},
-        {4, {}, {"3 custom power config is not set for perf event state: 4, skipping to update the existing vote"}},
+        {0, {legacy, dru, {8, 21, 22, 23, 24}}, {}},
+        {1, {expanded, defaultDru, cengExp}, {}},
+        {2, {expanded, defaultDru, cengExp}, {bothOf("dcvs"), bothOf("ceng")}},
+        {3, {}, {skipped + "3, skipping to update the existing vote"}},
+        {4, {}, {skipped + "4, skipping to update the existing vote"}},
     };
     setUp(customCore());
     for (const auto& row : rows) {
@@ -248,8 +246,8 @@ TEST_F(PowerVotesTest, DdrPerfModeNeedsMaximumBusCorners) {
     };
     check(m_votes.voteCustomState(5), 2, enabled);
     check(m_votes.voteCustomState(1), 1, refused("Min=33, Target=1, Max=34"));  // what stands at those bytes
-    check(m_votes.voteIdle(LowVoteMode::powerSaver, 3), 1, refused("Min=48, Target=64, Max=64"));
-    check(m_votes.voteIdle(LowVoteMode::powerSaver, 5), 2, enabled);  // by the state's expanded corners
+    check(m_votes.voteIdle(LowVoteMode::powerSaver, 5), 2, enabled);            // by the state's expanded corners
+    check(m_votes.voteIdle(LowVoteMode::powerSaver, 4), 1, refused("Min=48, Target=64, Max=64"));
     m_votes.setPerfProfile(1);
     check(m_votes.voteProfile(0), 1, refused("Min=112, Target=112, Max=112"));
     m_votes.setPerfProfile(5);

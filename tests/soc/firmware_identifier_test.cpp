@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 #include <stdlib.h>
-#include <sys/stat.h>
 
 #include <cstring>
 #include <filesystem>
@@ -18,8 +17,10 @@ constexpr size_t HEADER_SIZE = 36;
 constexpr size_t BUFFER_SIZE = 65536;
 constexpr uint32_t REVISION_OF_405 = 0x8180;
 
-void put(std::string& bytes, size_t offset, const void* word, size_t size) {
-    std::memcpy(bytes.data() + offset, word, size);
+template <class Word>
+std::string with(std::string bytes, size_t offset, Word word) {
+    std::memcpy(bytes.data() + offset, &word, sizeof(word));
+    return bytes;
 }
 
 // The tables' reads, by which a test sees the cache.
@@ -29,26 +30,18 @@ size_t countedRead(const char* name, void* buffer, size_t capacity) {
     return zant::system::readFirmwareTable(name, buffer, capacity);
 }
 
-std::string table(const std::string& body, uint32_t oemRevision = 1) {
-    std::string bytes = std::string(HEADER_SIZE, '\0') + body;
-    const auto length = static_cast<uint32_t>(bytes.size());
-    put(bytes, 4, &length, sizeof(length));
-    put(bytes, 24, &oemRevision, sizeof(oemRevision));
-    return bytes;
+std::string withLength(const std::string& bytes, uint32_t length) {
+    return with(bytes, 4, length);
 }
 
-std::string withLength(std::string bytes, uint32_t length) {
-    put(bytes, 4, &length, sizeof(length));
-    return bytes;
+std::string table(const std::string& body, uint32_t oemRevision = 1) {
+    const std::string bytes = std::string(HEADER_SIZE, '\0') + body;
+    return withLength(with(bytes, 24, oemRevision), static_cast<uint32_t>(bytes.size()));
 }
 
 // The structure of two identifiers, as far as it is looked at.
 std::string ids(uint64_t first, uint64_t second) {
-    std::string bytes(24, '\0');
-    bytes[0] = 2;
-    put(bytes, 8, &first, sizeof(first));
-    put(bytes, 16, &second, sizeof(second));
-    return bytes;
+    return with(with("\2" + std::string(23, '\0'), 8, first), 16, second);
 }
 
 std::string gap(size_t size) {
@@ -144,33 +137,6 @@ TEST_F(FirmwareIdentifierTest, TheFixedTableComesFirst) {
     EXPECT_EQ(g_reads, 2U) << "the fixed table's size and contents";
     EXPECT_EQ(identified(table("", REVISION_OF_405).substr(0, 27)), 693U) << "the revision is cut";
     EXPECT_EQ(identified(table("", REVISION_OF_405)), 693U) << "cached by now";
-}
-
-TEST_F(FirmwareIdentifierTest, AReaderThatContradictsItselfIsNotBelieved) {
-    write("PPTT", table(gap(100) + ids(0x71, 0x1C1)));
-    FirmwareIdentifier growing([](const char* name, void* buffer, size_t capacity) {
-        return zant::system::readFirmwareTable(name, buffer, capacity) + (buffer == nullptr ? 0 : BUFFER_SIZE);
-    });
-    EXPECT_EQ(growing.identify(), 0U);
-    FirmwareIdentifier vanishing([](const char* name, void* buffer, size_t capacity) {
-        return buffer != nullptr && *name == 'P' ? 0 : zant::system::readFirmwareTable(name, buffer, capacity);
-    });
-    EXPECT_EQ(vanishing.identify(), 0U);
-}
-
-TEST_F(FirmwareIdentifierTest, OnlyARegularFileIsATableAndOnlyAWholeOneIsWritten) {
-    ASSERT_EQ(mkfifo(path("PIPE").c_str(), 0600), 0);
-    std::filesystem::create_directory(path("DIRE"));
-    write("WHOL", "12345");
-    char buffer[] = "......";
-    for (const char* name : {"PIPE", "DIRE", "NONE"}) {
-        EXPECT_EQ(zant::system::readFirmwareTable(name, buffer, sizeof(buffer)), 0U) << name;
-    }
-    EXPECT_EQ(zant::system::readFirmwareTable("WHOL", nullptr, 0), 5U);
-    EXPECT_EQ(zant::system::readFirmwareTable("WHOL", buffer, 4), 5U);
-    EXPECT_STREQ(buffer, "......");
-    EXPECT_EQ(zant::system::readFirmwareTable("WHOL", buffer, 5), 5U);
-    EXPECT_STREQ(buffer, "12345.");
 }
 
 }  // namespace
