@@ -163,3 +163,78 @@ struct GraphConfigInfo_t {
 static_assert(sizeof(GraphConfigInfo_t) == 16);
 static_assert(offsetof(GraphConfigInfo_t, graphName) == 0);
 static_assert(offsetof(GraphConfigInfo_t, configs) == 8);
+
+// Options of KORContextCustomConfig. The numbers are wire values. Unless told otherwise the first value is an 8-bit 1.
+enum KORContextOption : uint32_t {
+    KOR_CONTEXT_OPTION_WEIGHT_SHARING = 1,
+    KOR_CONTEXT_OPTION_SPILL_FILL_GROUP = 2,         // 64-bit group; second: 64-bit largest buffer
+    KOR_CONTEXT_OPTION_FILE_READ_MEMORY_BUDGET = 3,  // 64-bit MiB
+    KOR_CONTEXT_OPTION_DSP_MEMORY_PROFILING = 4,
+    KOR_CONTEXT_OPTION_SHARE_RESOURCES = 5,
+    KOR_CONTEXT_OPTION_IO_MEMORY_ESTIMATION = 6,
+    KOR_CONTEXT_OPTION_PREPARE_ONLY = 7,
+    KOR_CONTEXT_OPTION_INIT_ACCELERATION = 8,
+    KOR_CONTEXT_OPTION_SKIP_BINARY_VALIDATION = 9,
+    KOR_CONTEXT_OPTION_SHARE_RESOURCES_TYPE = 10,  // 32-bit optimization type
+    KOR_CONTEXT_OPTION_EXTENDED_UDMA = 11,         // 8-bit 0 or 1
+    KOR_CONTEXT_OPTION_CONCURRENT_GROUP = 12,      // 64-bit group; second: 64-bit largest buffer
+    KOR_CONTEXT_OPTION_LORA_WEIGHT_SHARING = 13,
+    KOR_CONTEXT_OPTION_DETACHABLE_BUFFERS = 14,  // a KORContextDetachableConfig
+    KOR_CONTEXT_OPTION_LORA_RAM_PRELOAD = 16,
+    KOR_CONTEXT_OPTION_REUSED_IO_LIMIT = 17,  // 64-bit MiB
+    KOR_CONTEXT_OPTION_REFERENCE_WEIGHT_SHARING = 18,
+    KOR_CONTEXT_OPTION_DESERIALIZATION_PATCH = 21,  // signed 32-bit file descriptor of this process
+    KOR_CONTEXT_OPTION_GRAPH_SPLITTING = 22,
+    KOR_CONTEXT_OPTION_LORA_PRELOAD_GROUPS = 23,  // a pointer to a KORLoraGroupList
+    KOR_CONTEXT_OPTION_NUM_PREPARE_THREADS = 26,  // 32-bit; 0xFFFFFFFF: the backend chooses
+};
+
+// A group of names, and all groups of a context. The arrays and the characters are borrowed until the "after" hook.
+struct KORLoraGroup {
+    const char* const* names;
+    uint32_t nameCount;
+    uint32_t padding0;
+};
+
+struct KORLoraGroupList {
+    const KORLoraGroup* groups;
+    uint32_t groupCount;
+    uint32_t padding0;
+};
+
+static_assert(sizeof(KORLoraGroup) == 16);
+static_assert(offsetof(KORLoraGroup, names) == 0);
+static_assert(offsetof(KORLoraGroup, nameCount) == 8);
+static_assert(sizeof(KORLoraGroupList) == 16);
+static_assert(offsetof(KORLoraGroupList, groups) == 0);
+static_assert(offsetof(KORLoraGroupList, groupCount) == 8);
+
+struct KORContextCustomConfig {
+    uint32_t option;  // KORContextOption
+    uint32_t padding0;
+    union First {
+        uint64_t number64;  // first: {} clears every byte
+        uint32_t number;
+        uint8_t flag;
+        int32_t fileDescriptor;
+        const KORLoraGroupList* groups;
+    } first;
+    uint64_t second;
+};
+
+static_assert(sizeof(KORContextCustomConfig) == 24);
+static_assert(offsetof(KORContextCustomConfig, option) == 0);
+static_assert(offsetof(KORContextCustomConfig, first) == 8);
+static_assert(sizeof(KORContextCustomConfig::First) == 8);
+static_assert(offsetof(KORContextCustomConfig, second) == 16);
+
+// The one context record of another shape.
+struct KORContextDetachableConfig {
+    uint32_t option;  // KOR_CONTEXT_OPTION_DETACHABLE_BUFFERS
+    uint8_t enabled;
+    uint8_t padding0[7];
+};
+
+static_assert(sizeof(KORContextDetachableConfig) == 12);
+static_assert(offsetof(KORContextDetachableConfig, option) == 0);
+static_assert(offsetof(KORContextDetachableConfig, enabled) == 4);

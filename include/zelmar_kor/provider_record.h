@@ -9,7 +9,7 @@
 #include <cstdint>
 
 struct ZantPerfInfrastructure;  // power_records.h
-struct MemRegisterDescriptor;   // described by the memory hooks; only its address crosses here
+struct MemRegisterDescriptor;   // memory_records.h
 
 // Option 0 (custom) and the record that it carries. The wrapper does not own the record.
 struct ZantConfigWrapper {

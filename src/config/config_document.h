@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-#include "config/json_types.h"
+#include "platform/json_types.h"
 
 namespace zant::kor {
 

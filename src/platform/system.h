@@ -1,5 +1,5 @@
 // The few operations that the library needs from an operating system, as plain functions. Nothing here logs.
-// system_posix.cpp answers them on Linux; CMake chooses the file.
+// system_posix.cpp and machine_posix.cpp answer them on Linux; CMake chooses the files.
 #pragma once
 
 #include <cstddef>
@@ -43,11 +43,58 @@ struct FileContents {
 // noMemory: the buffer for the size could not be had, or the size is over maxSize.
 ReadFileStatus readWholeFile(const char* path, size_t maxSize, FileContents& contents) noexcept;
 
+// Opens a file for reading and writing, for as long as the caller wants it, and makes it with permission bits 0644 if
+// it is absent. Only a regular file opens, and no call blocks. Gives the descriptor, which no child process inherits;
+// -1 on failure, with the cause in error.
+int openForUpdate(const char* path, std::string& error);
+// False on failure, with the cause in error; the descriptor is gone all the same.
+bool closeDescriptor(int descriptor, std::string& error);
+
 // --- Firmware.
 
 // Reads an ACPI table by its four letters, header included. Gives its size, 0 for none; fills the buffer in only when
 // the capacity holds the whole table. A null buffer with capacity 0 asks for the size.
 size_t readFirmwareTable(const char* name, void* buffer, size_t capacity) noexcept;
+
+// --- Services and environment.
+
+// The command that a service starts, as its configuration has it; empty optional when there is no such service or it
+// may not be read.
+std::optional<std::wstring> serviceBinaryPath(const wchar_t* service);
+// The value of an environment variable; empty optional when there is none or it is empty.
+std::optional<std::wstring> environmentVariable(const wchar_t* name);
+// To UTF-8; what has no such form becomes U+FFFD.
+std::string narrow(const std::wstring& text);
+
+// --- Registry. Nothing is written.
+
+enum class RegistryRoot { localMachine, currentUser };
+enum class RegistryType { any, text, binary };
+
+constexpr uint32_t REGISTRY_OK = 0;
+constexpr uint32_t REGISTRY_NOT_FOUND = 2;
+constexpr uint32_t REGISTRY_NO_MEMORY = 8;
+constexpr uint32_t REGISTRY_MORE_DATA = 234;
+constexpr uint32_t REGISTRY_WRONG_TYPE = 1630;
+
+// A key opened for reading. Calls give the system's error code, 0 for success.
+class RegistryKey {
+public:
+    RegistryKey() = default;
+    ~RegistryKey();
+    RegistryKey(const RegistryKey&) = delete;
+    RegistryKey& operator=(const RegistryKey&) = delete;
+
+    // Once for each object. path: parts joined by backslashes.
+    uint32_t open(RegistryRoot root, const char* path) noexcept;
+    // The bytes of a value. size: the capacity before, the value's size after, which a null buffer only asks for;
+    // REGISTRY_MORE_DATA when the capacity does not hold it. A text that is asked for as such ends in a zero byte,
+    // counted; one read as any is as it was stored.
+    uint32_t read(const char* value, RegistryType type, void* buffer, uint32_t& size) const noexcept;
+
+private:
+    void* m_handle = nullptr;
+};
 
 // --- Threads.
 

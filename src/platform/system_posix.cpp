@@ -10,11 +10,11 @@
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
-#include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <new>
 #include <string_view>
+#include <system_error>
 #include <vector>
 
 #include "platform/system.h"
@@ -209,19 +209,38 @@ ReadFileStatus readWholeFile(const char* path, size_t maxSize, FileContents& con
     return ReadFileStatus::ok;
 }
 
-size_t readFirmwareTable(const char* name, void* buffer, size_t capacity) noexcept {
-    constexpr size_t LARGEST = size_t{1} << 20;
-    // A directory that stands for another machine; a privileged process is not led astray by its environment.
-    const char* root = secure_getenv("ZELMAR_PLATFORM_ROOT");
-    FileContents table;
-    try {
-        const std::string folder = root != nullptr ? std::string(root) + "/firmware/" : "/sys/firmware/acpi/tables/";
-        if (readWholeFile((folder + name).c_str(), LARGEST, table) != ReadFileStatus::ok) return 0;
-    } catch (const std::bad_alloc&) {
-        return 0;
-    }
-    if (buffer != nullptr && table.size <= capacity) std::memcpy(buffer, table.text.get(), table.size);
-    return table.size;
+namespace {
+
+std::string systemErrorText(int code) {
+    return std::generic_category().message(code);
+}
+
+// Refuses what would block, or what a write would do more to than change a file.
+int checkRegularFile(int descriptor) noexcept {
+    struct stat status {};
+    if (fstat(descriptor, &status) != 0) return errno;
+    return S_ISREG(status.st_mode) ? 0 : EINVAL;
+}
+
+}  // namespace
+
+int openForUpdate(const char* path, std::string& error) {
+    int descriptor = -1;
+    do {
+        descriptor = open(path, O_RDWR | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0644);
+    } while (descriptor < 0 && errno == EINTR);
+    const int code = descriptor < 0 ? errno : checkRegularFile(descriptor);
+    if (code == 0) return descriptor;
+    if (descriptor >= 0) close(descriptor);
+    error = code == EINVAL ? "Not a regular file" : systemErrorText(code);
+    return -1;
+}
+
+bool closeDescriptor(int descriptor, std::string& error) {
+    // After an interrupted close the descriptor is gone: a second close could hit another's.
+    if (close(descriptor) == 0 || errno == EINTR) return true;
+    error = systemErrorText(errno);
+    return false;
 }
 
 void setThreadName(const char* name) noexcept {

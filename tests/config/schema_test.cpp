@@ -10,7 +10,7 @@
 #include <set>
 #include <sstream>
 
-#include "config/json_types.h"
+#include "platform/json_types.h"
 
 namespace zant::test {
 namespace {
