@@ -134,7 +134,16 @@ void* mainModule() noexcept {
 // RTLD_LOCAL always: which modules a default search sees is the shim's own affair, and the process's namespace
 // stays as the host made it.
 void* loadModule(const char* path) noexcept {
-    return dlopen(path, RTLD_NOW | RTLD_LOCAL);
+    void* module = dlopen(path, RTLD_NOW | RTLD_LOCAL);
+    if (module != nullptr || std::strchr(path, '\\') == nullptr) return module;
+    // The directories of a machine that ZELMAR_PLATFORM_ROOT stands for come with its own separators.
+    try {
+        std::string here = path;
+        std::replace(here.begin(), here.end(), '\\', '/');
+        return dlopen(here.c_str(), RTLD_NOW | RTLD_LOCAL);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
 }
 
 void* findLoadedModule(const char* name) noexcept {
