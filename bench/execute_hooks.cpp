@@ -3,37 +3,14 @@
 #include <condition_variable>
 #include <cstdlib>
 #include <mutex>
-#include <new>
 #include <thread>
 
+#include "bench/counted_allocations.h"
+#include "bench/fake_infrastructure.h"
 #include "bench/harness.h"
 #include "extension/kor_backend.h"
 
 namespace {
-
-thread_local size_t t_allocations = 0;
-
-uint64_t succeed(const ZantPerfInfrastructure** infrastructure);
-uint64_t createId(uint32_t, uint32_t, uint32_t* id) {
-    *id = 1;
-    return 0;
-}
-uint64_t destroyId(uint32_t) {
-    return 0;
-}
-uint64_t setPowerConfig(uint32_t, const PowerConfigRecord**) {
-    return 0;
-}
-uint64_t setMemoryConfig(uint32_t, uint32_t, const PowerMemoryRecord**) {
-    return 0;
-}
-
-constexpr ZantPerfInfrastructure INFRASTRUCTURE{0, createId, destroyId, setPowerConfig, setMemoryConfig};
-
-uint64_t succeed(const ZantPerfInfrastructure** infrastructure) {
-    *infrastructure = &INFRASTRUCTURE;
-    return 0;
-}
 
 uint64_t getApiVersion(ZantApiVersion* version) {
     *version = {{2, 0, 0}, {5, 51, 0}};
@@ -45,7 +22,7 @@ uint32_t getProviders(const ZantProviderRecord*** providers, uint32_t* count) {
     static const ZantProviderRecord* list[] = {&record};
     record.backendId = ZANT_BACKEND_ID_KOR;
     record.getApiVersion = getApiVersion;
-    record.deviceGetInfrastructure = succeed;
+    record.deviceGetInfrastructure = bench::getInfrastructure;
     *providers = list;
     *count = 1;
     return 0;
@@ -86,18 +63,6 @@ private:
 
 }  // namespace
 
-void* operator new(size_t size) {
-    ++t_allocations;
-    if (void* block = std::malloc(size)) return block;
-    throw std::bad_alloc();
-}
-void operator delete(void* block) noexcept {
-    std::free(block);
-}
-void operator delete(void* block, size_t) noexcept {
-    std::free(block);
-}
-
 int main() {
     zant::kor::KORBackend backend;
     const char* const document =
@@ -119,9 +84,9 @@ int main() {
         parked.signal();
     };
     const bench::Comparison result = bench::compare(run, floor, 41, 20000);
-    const size_t before = t_allocations;
+    const size_t before = bench::t_allocations;
     for (int i = 0; i < 1000; ++i) run();
-    const size_t allocations = t_allocations - before;
+    const size_t allocations = bench::t_allocations - before;
     std::printf("both hooks %.0f ns, floor %.0f ns\n", result.subject * 1e9, result.floor * 1e9);
     bench::figure("execute_hooks/both", result.ratio, 1.20);
     bench::figure("execute_hooks/allocations", static_cast<double>(allocations), 0.0);

@@ -2,40 +2,14 @@
 // it comes to, made under a lock.
 #include <cstdlib>
 #include <mutex>
-#include <new>
 
+#include "bench/counted_allocations.h"
+#include "bench/fake_infrastructure.h"
 #include "bench/harness.h"
 #include "perf/power_votes.h"
 #include "platform/logger.h"
 
 namespace {
-
-thread_local size_t t_allocations = 0;
-size_t g_recordsTaken = 0;
-
-uint64_t createId(uint32_t, uint32_t, uint32_t* id) {
-    *id = 1;
-    return 0;
-}
-uint64_t destroyId(uint32_t) {
-    return 0;
-}
-uint64_t setPowerConfig(uint32_t, const PowerConfigRecord** records) {
-    size_t count = 0;
-    while (records[count] != nullptr) ++count;
-    g_recordsTaken = count;
-    return 0;
-}
-uint64_t setMemoryConfig(uint32_t, uint32_t, const PowerMemoryRecord**) {
-    return 0;
-}
-
-constexpr ZantPerfInfrastructure INFRASTRUCTURE{0, createId, destroyId, setPowerConfig, setMemoryConfig};
-
-uint64_t getInfrastructure(const ZantPerfInfrastructure** infrastructure) {
-    *infrastructure = &INFRASTRUCTURE;
-    return 0;
-}
 
 void dropMessage(const char*, ZantLogLevel, uint64_t, va_list) {}
 
@@ -56,22 +30,10 @@ void setUp(zant::kor::PowerVotes& votes, const ZantProviderRecord& provider) {
 
 }  // namespace
 
-void* operator new(size_t size) {
-    ++t_allocations;
-    if (void* block = std::malloc(size)) return block;
-    throw std::bad_alloc();
-}
-void operator delete(void* block) noexcept {
-    std::free(block);
-}
-void operator delete(void* block, size_t) noexcept {
-    std::free(block);
-}
-
 int main() {
     zant::log::setupLogging(dropMessage, ZANT_LOG_LEVEL_ERROR);
     ZantProviderRecord provider{};
-    provider.deviceGetInfrastructure = getInfrastructure;
+    provider.deviceGetInfrastructure = bench::getInfrastructure;
     zant::kor::PowerVotes votes;
     setUp(votes, provider);
     const auto vote = [&votes] {
@@ -91,10 +53,10 @@ int main() {
     };
 
     const bench::Comparison result = bench::compare(vote, calls, 41, 200'000);
-    const size_t before = t_allocations;
+    const size_t before = bench::t_allocations;
     for (int i = 0; i < 1000; ++i) vote();
-    const size_t allocations = t_allocations - before;
-    if (g_recordsTaken != 4) std::abort();
+    const size_t allocations = bench::t_allocations - before;
+    if (bench::g_recordsTaken != 4) std::abort();
     std::printf("vote of four records %.1f ns, bare calls %.1f ns\n", result.subject * 1e9, result.floor * 1e9);
     bench::figure("votes/four_records", result.ratio, 3.00);
     bench::figure("votes/allocations", static_cast<double>(allocations), 0.0);

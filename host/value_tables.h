@@ -7,12 +7,11 @@
 #include <string>
 #include <string_view>
 
+#include "zelmar_kor/value_names.h"
+
 namespace runhost {
 
-struct NamedValue {
-    const char* name;
-    uint32_t number;
-};
+using NamedValue = ZantNamedValue;
 
 std::span<const NamedValue> perfProfiles();
 std::span<const NamedValue> powerModes();

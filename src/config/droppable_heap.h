@@ -6,8 +6,9 @@
 #pragma once
 
 #include <cstddef>
-#include <cstring>
 #include <new>
+
+#include "platform/json_types.h"
 
 namespace zant::kor {
 
@@ -63,12 +64,7 @@ public:
 
     void* Malloc(size_t size) { return size == 0 ? nullptr : m_heap->allocate(size); }
     void* Realloc(void* original, size_t originalSize, size_t newSize) {
-        void* moved = Malloc(newSize);
-        if (original != nullptr && moved != nullptr) {
-            std::memcpy(moved, original, originalSize < newSize ? originalSize : newSize);
-        }
-        Free(original);
-        return moved;
+        return moveBlock(*this, original, originalSize, newSize);
     }
     static void Free(void* memory) noexcept {
         if (memory != nullptr) DroppableHeap::release(memory);

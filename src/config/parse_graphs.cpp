@@ -103,10 +103,10 @@ bool readPerfProfile(GraphWalk& walk, const FlatKey& key, const char*) {
 bool readDruOpBounding(GraphWalk& walk, const FlatKey& key, const char*) {
     KORGraphConfig& graph = walk.inForce();
     if (key.holds(word("dru_op_bounding/dru_frequency"))) {
-        graph.druFrequency = static_cast<float>(getDouble(key));
+        graph.druFrequency = getFloat(key);
         ZANT_LOG_INFO("DRU Op Bounding: dru_frequency: %f", static_cast<double>(graph.druFrequency));
     } else if (key.holds(word("dru_op_bounding/dsp_core_frequency"))) {
-        graph.dspCoreFrequency = static_cast<float>(getDouble(key));
+        graph.dspCoreFrequency = getFloat(key);
         ZANT_LOG_INFO("DRU Op Bounding: dsp_core_frequency: %f", static_cast<double>(graph.dspCoreFrequency));
     } else {
         ZANT_LOG_ERROR("Unknown DRU Op Bounding key: %s", key.text().c_str());

@@ -62,6 +62,16 @@ double getDouble(const FlatKey& key) {
     return value.GetDouble();
 }
 
+float getFloat(const FlatKey& key) {
+    constexpr float greatest = std::numeric_limits<float>::max();
+    constexpr double firstThatRoundsToInfinity = 0x1.ffffffp127;
+    const double value = getDouble(key);
+    const double magnitude = std::fabs(value);
+    if (magnitude <= static_cast<double>(greatest)) return static_cast<float>(value);
+    const float bound = magnitude < firstThatRoundsToInfinity ? greatest : std::numeric_limits<float>::infinity();
+    return std::signbit(value) ? -bound : bound;
+}
+
 std::string getString(const FlatKey& key) {
     const JsonValue& value = requireValue(key);
     if (!value.IsString()) refuse(key, ") is not a string");

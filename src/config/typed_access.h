@@ -34,6 +34,8 @@ const JsonValue* findValue(const FlatKey& key);
 bool getBool(const FlatKey& key);
 // Any number; an integer is converted.
 double getDouble(const FlatKey& key);
+// The same, as the nearest float, ties to even; what lies beyond the last float is infinite.
+float getFloat(const FlatKey& key);
 // A copy, up to the value's first zero byte.
 std::string getString(const FlatKey& key);
 // An integer of the width, or a double without fraction that is not negative, saturated to the width.

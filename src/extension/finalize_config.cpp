@@ -1,9 +1,5 @@
 // finalize_config: members that only the backend knows, passed on by name, one record for each leaf.
-#include "extension/finalize_config.h"
-
-#include <cmath>
 #include <cstring>
-#include <limits>
 #include <new>
 #include <string>
 
@@ -53,7 +49,7 @@ constexpr ValueRow VALUES[] = {
     {KORValueType::uint64, KOR_FINALIZE_DATA_TYPE_UINT64,
      [](const FlatKey& key, Finalize::Value& value) { value.uint64 = key.value()->GetUint64(); }},
     {KORValueType::float64, KOR_FINALIZE_DATA_TYPE_FLOAT32,
-     [](const FlatKey& key, Finalize::Value& value) { value.float32 = narrowToFloat(getDouble(key)); }},
+     [](const FlatKey& key, Finalize::Value& value) { value.float32 = getFloat(key); }},
 };
 
 bool fillValue(const FlatKey& key, Finalize& finalize) {
@@ -69,15 +65,6 @@ bool fillValue(const FlatKey& key, Finalize& finalize) {
 }
 
 }  // namespace
-
-float narrowToFloat(double value) noexcept {
-    constexpr float greatest = std::numeric_limits<float>::max();
-    constexpr double firstThatRoundsToInfinity = 0x1.ffffffp127;
-    const double magnitude = std::fabs(value);
-    if (magnitude <= static_cast<double>(greatest)) return static_cast<float>(value);
-    const float bound = magnitude < firstThatRoundsToInfinity ? greatest : std::numeric_limits<float>::infinity();
-    return std::signbit(value) ? -bound : bound;
-}
 
 bool KORBackend::buildFinalizeConfigRecords(size_t graphIndex) {
     try {

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 
+#include "config/perf_numbers.h"
 #include "perf/power_votes.h"
 
 namespace zant::kor {
@@ -45,13 +46,13 @@ struct EventColumn {
 // The order in which pending events are handled, whatever order they came in: low votes before high ones, so that
 // where an inference has ended and the next begun the high vote stands last.
 constexpr std::array<EventColumn, 7> EVENT_ORDER = {{
-    {GRAPH_INFERENCE_DONE, 3},
-    {GRAPH_INFERENCE_START, 2},
-    {GRAPH_INIT_DONE, 1},
-    {GRAPH_INIT_START, 0},
-    {GRAPH_DEINIT_DONE, 5},
-    {GRAPH_DEINIT_START, 4},
-    {TIMER_EXPIRED, 3},
+    {GRAPH_INFERENCE_DONE, GRAPH_STATE_INFERENCE_DONE},
+    {GRAPH_INFERENCE_START, GRAPH_STATE_INFERENCE_START},
+    {GRAPH_INIT_DONE, GRAPH_STATE_INIT_DONE},
+    {GRAPH_INIT_START, GRAPH_STATE_INIT_START},
+    {GRAPH_DEINIT_DONE, GRAPH_STATE_DEINIT_DONE},
+    {GRAPH_DEINIT_START, GRAPH_STATE_DEINIT_START},
+    {TIMER_EXPIRED, GRAPH_STATE_INFERENCE_DONE},
 }};
 
 using FamilySteps = std::array<FamilyStep, EVENT_ORDER.size()>;

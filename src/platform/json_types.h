@@ -12,18 +12,24 @@
 
 namespace zant::kor {
 
+// RapidJSON's Realloc over an allocator's other two operations.
+template <class Allocator>
+void* moveBlock(Allocator& allocator, void* original, size_t originalSize, size_t newSize) {
+    void* moved = allocator.Malloc(newSize);
+    if (original != nullptr && moved != nullptr) {
+        std::memcpy(moved, original, originalSize < newSize ? originalSize : newSize);
+    }
+    Allocator::Free(original);
+    return moved;
+}
+
 class ThrowingAllocator {
 public:
     static constexpr bool kNeedFree = true;
 
     void* Malloc(size_t size) { return size == 0 ? nullptr : ::operator new(size); }
     void* Realloc(void* original, size_t originalSize, size_t newSize) {
-        void* grown = Malloc(newSize);
-        if (original != nullptr && grown != nullptr) {
-            std::memcpy(grown, original, originalSize < newSize ? originalSize : newSize);
-        }
-        Free(original);
-        return grown;
+        return moveBlock(*this, original, originalSize, newSize);
     }
     static void Free(void* block) noexcept { ::operator delete(block); }
 

@@ -20,7 +20,7 @@ void* loadModule(const char* path) noexcept;
 void* findLoadedModule(const char* name) noexcept;
 // Gives a reference back.
 bool unloadModule(void* module) noexcept;
-// The address of a symbol that this one module itself defines; null if it has none.
+// The address of a symbol that this one module itself defines; null if it has none. module: one of listModules.
 void* resolveSymbol(void* module, const char* name) noexcept;
 // The process's modules in the loader's order; empty optional when they cannot be listed.
 std::optional<size_t> countModules() noexcept;

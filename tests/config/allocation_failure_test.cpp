@@ -40,5 +40,22 @@ TEST(AllocationFailure, AnyAllocationOfALoadMayFail) {
     EXPECT_GT(failAt, 50);
 }
 
+// fault: the error's text, the pointers and the validator's state are built with allocators of other roads.
+TEST(AllocationFailure, AnyAllocationOfARefusalMayFail) {
+    LogCapture log(ZANT_LOG_LEVEL_ERROR);
+    int failAt = 0;
+    for (bool failed = true; failed; ++failAt) {
+        kor::KORBackend backend;
+        std::string config = R"({"devices":[{"device_id":"a text where a number belongs"}]})";
+        log.take();
+        failAllocation(failAt);
+        const bool result = backend.loadConfig(std::move(config));
+        failed = !failAllocation(-1);
+        EXPECT_FALSE(result) << failAt;
+        EXPECT_FALSE(log.texts().empty()) << failAt;
+    }
+    EXPECT_GT(failAt, 50);
+}
+
 }  // namespace
 }  // namespace zant::test
