@@ -2,7 +2,7 @@
 
 #include <cstdlib>
 
-#include "extension/hook_guard.h"
+#include "platform/exception_guard.h"
 #include "platform/logger.h"
 
 namespace zant::tools::runhost {

@@ -32,6 +32,10 @@ public:
     // Null for an empty list.
     Element** data() noexcept { return size() == 0 ? nullptr : m_array.data(); }
     uint32_t size() const noexcept { return m_array.empty() ? 0 : static_cast<uint32_t>(m_array.size() - 1); }
+    template <class Visit>
+    void forEach(Visit visit) {
+        for (uint32_t i = 0; i < size(); ++i) visit(*m_array[i]);
+    }
     void clear() noexcept {
         for (const Element* element : m_array) delete element;
         m_array.clear();

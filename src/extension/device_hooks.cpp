@@ -4,8 +4,8 @@
 #include <utility>
 
 #include "config/perf_numbers.h"
-#include "extension/hook_guard.h"
 #include "extension/kor_backend.h"
+#include "platform/exception_guard.h"
 #include "platform/logger.h"
 
 namespace zant::kor {

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <iterator>
 
-#include "extension/hook_guard.h"
 #include "extension/kor_backend.h"
+#include "platform/exception_guard.h"
 #include "platform/logger.h"
 
 namespace zant::kor {

@@ -4,8 +4,8 @@
 #include <string_view>
 #include <utility>
 
-#include "extension/hook_guard.h"
 #include "extension/kor_backend.h"
+#include "platform/exception_guard.h"
 #include "platform/logger.h"
 
 namespace zant::kor {

@@ -3,7 +3,7 @@
 #include <exception>
 #include <new>
 
-#include "extension/hook_guard.h"
+#include "platform/exception_guard.h"
 #include "platform/logger.h"
 
 namespace zant::kor {
@@ -36,6 +36,11 @@ bool KORBackend::hasOutPointers(const char* hook, const void* list, const void* 
     if (list != nullptr && count != nullptr) return true;
     ZANT_LOG_ERROR("%s: the list and its count need a place to go, got nullptr", hook);
     return false;
+}
+
+void KORBackend::handOver(ConfigList& built, ZantConfigWrapper*** list, uint32_t* count) {
+    *count = built.size();
+    *list = built.data();
 }
 
 bool KORBackend::voteEvent(uint8_t event, bool async, const char* missing, const char* failed) {

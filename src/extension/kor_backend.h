@@ -1,8 +1,8 @@
 // The object behind the hook table. It owns the config parser, every record and every list handed to the host.
 //
 // The hooks' contracts stand in zelmar_kor/backend_extensions.h. Each group of hooks has a file of its own:
-// provider_binding.cpp, device_hooks.cpp, graph_hooks.cpp, graph_options.cpp, execute_hooks.cpp, standby_hooks.cpp;
-// kor_backend.cpp has the rest.
+// provider_binding.cpp, device_hooks.cpp, graph_hooks.cpp, graph_options.cpp, execute_hooks.cpp, context_hooks.cpp,
+// buffer_hooks.cpp; kor_backend.cpp has the rest.
 #pragma once
 
 #include <cstddef>
@@ -13,9 +13,12 @@
 #include <string>
 #include <vector>
 
+#include "buffers/shared_buffer_pool.h"
 #include "config/config_parser.h"
 #include "extension/backend_common.h"
 #include "extension/config_list.h"
+#include "extension/context_entries.h"
+#include "extension/context_records.h"
 #include "perf/perf_driver.h"
 #include "zelmar_kor/custom_configs.h"
 #include "zelmar_kor/provider_record.h"
@@ -54,6 +57,7 @@ public:
     bool beforeContextCreateFromBinaryList(std::map<std::string, std::pair<uint32_t, ZantConfigWrapper**>>* perContext,
                                            ZantConfigWrapper*** list, uint32_t* count) override;
     bool afterContextCreateFromBinaryList() override;
+    bool setContextName(void* context, std::string name) override;
 
     bool beforeDeviceCreate(ZantConfigWrapper*** list, uint32_t* count) override;
     bool afterDeviceCreate() override;
@@ -63,6 +67,8 @@ public:
     bool reservedFalseHook2() override { return false; }
     bool reservedFalseHook3() override { return false; }
     bool reservedFalseHook4() override { return false; }
+    std::unique_ptr<tools::iotensor::IBufferAlloc>& getBufferAllocator(
+        std::unique_ptr<tools::iotensor::IBufferAlloc>& holder) override;
     bool setAppType(uint32_t type) override;
     bool beforeContextApplyBinarySection() override;
     bool afterContextApplyBinarySection() override;
@@ -72,6 +78,7 @@ public:
                          uint32_t sluThreads) override;
     bool allocateExternalBuffers(void* context, std::string spillFillPoolId, std::string spadBackupPoolId,
                                  std::string weightsPoolId) override;
+    bool finalizeExternalBufferPools() override;
     void reservedVoidHook1() override {}
     bool detachableBuffersEnabled() override;
     bool detachBuffers(void* context) override;
@@ -113,6 +120,11 @@ private:
     bool applyReferenceWeightSharing(uint32_t value);
     bool setDeviceArchitecture(int32_t index, const std::string& dspArch);
     void clearDeviceLists();
+    static void handOver(ConfigList& built, ZantConfigWrapper*** list, uint32_t* count);
+    void warnOfGraphSettings() const;
+    bool buildListedContexts(std::map<std::string, std::pair<uint32_t, ZantConfigWrapper**>>& perContext);
+    bool dropContext(void* context);
+    bool setBuffersDetached(void* context, KORBufferState wanted);
 
     // What beforeGraphExecute hands over.
     struct ExecuteConfigs {
@@ -146,7 +158,10 @@ private:
     std::vector<std::vector<uint32_t>> m_dynamicPartitions;  // the arrays that graph records point at
     KORGroupContextConfig m_groupContextConfig;
     std::vector<KORContextConfig> m_contextConfigs;
+    ContextRecords m_contextRecords;
     KORMemoryConfig m_memoryConfig;
+    ContextEntries m_contextEntries;
+    SharedBufferPool m_bufferPools;  // the last member: it ends first, and the blocks with it
 };
 
 }  // namespace zant::kor

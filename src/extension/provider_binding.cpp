@@ -1,9 +1,9 @@
 // Finding this backend's provider, and the one call that a hook makes to the backend's device.
 #include <algorithm>
 
-#include "extension/hook_guard.h"
 #include "extension/kor_backend.h"
 #include "platform/dynamic_loader.h"
+#include "platform/exception_guard.h"
 #include "platform/logger.h"
 
 namespace zant::kor {

@@ -47,8 +47,9 @@ ReadFileStatus readWholeFile(const char* path, size_t maxSize, FileContents& con
 // it is absent. Only a regular file opens, and no call blocks. Gives the descriptor, which no child process inherits;
 // -1 on failure, with the cause in error.
 int openForUpdate(const char* path, std::string& error);
-// False on failure, with the cause in error; the descriptor is gone all the same.
-bool closeDescriptor(int descriptor, std::string& error);
+// False on failure, with the cause in error, zero-terminated; the descriptor is gone all the same.
+constexpr size_t ERROR_TEXT_CAPACITY = 128;
+bool closeDescriptor(int descriptor, char (&error)[ERROR_TEXT_CAPACITY]) noexcept;
 
 // --- Firmware.
 

@@ -10,11 +10,11 @@
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
+#include <cstdio>
 #include <cstring>
 #include <fstream>
 #include <new>
 #include <string_view>
-#include <system_error>
 #include <vector>
 
 #include "platform/system.h"
@@ -219,15 +219,13 @@ ReadFileStatus readWholeFile(const char* path, size_t maxSize, FileContents& con
 
 namespace {
 
-std::string systemErrorText(int code) {
-    return std::generic_category().message(code);
-}
+constexpr int NOT_REGULAR = -1;
 
-// Refuses what would block, or what a write would do more to than change a file.
+// Refuses what would block, or what a write would do more to than change a file. An error number, 0 for none.
 int checkRegularFile(int descriptor) noexcept {
     struct stat status {};
     if (fstat(descriptor, &status) != 0) return errno;
-    return S_ISREG(status.st_mode) ? 0 : EINVAL;
+    return S_ISREG(status.st_mode) ? 0 : NOT_REGULAR;
 }
 
 }  // namespace
@@ -240,14 +238,14 @@ int openForUpdate(const char* path, std::string& error) {
     const int code = descriptor < 0 ? errno : checkRegularFile(descriptor);
     if (code == 0) return descriptor;
     if (descriptor >= 0) close(descriptor);
-    error = code == EINVAL ? "Not a regular file" : systemErrorText(code);
+    error = code == NOT_REGULAR ? "Not a regular file" : strerrordesc_np(code);
     return -1;
 }
 
-bool closeDescriptor(int descriptor, std::string& error) {
+bool closeDescriptor(int descriptor, char (&error)[ERROR_TEXT_CAPACITY]) noexcept {
     // After an interrupted close the descriptor is gone: a second close could hit another's.
     if (close(descriptor) == 0 || errno == EINTR) return true;
-    error = systemErrorText(errno);
+    std::snprintf(error, sizeof(error), "%s", strerrordesc_np(errno));
     return false;
 }
 

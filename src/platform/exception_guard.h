@@ -1,4 +1,4 @@
-// The one guard behind which every hook runs: nothing that a hook throws reaches the host.
+// The one guard behind which whatever the host calls runs: nothing that is thrown reaches it.
 #pragma once
 
 #include <exception>
