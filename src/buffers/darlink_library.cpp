@@ -20,9 +20,12 @@ bool find(void* library, const char* name, Function& function) noexcept {
 
 }  // namespace
 
-bool DarlinkLibrary::open(const Messages& messages) {
+std::string DarlinkLibrary::defaultPath() {
+    return system::joinPath(system::getDriverDirectory(), LIBRARY_FILE);
+}
+
+bool DarlinkLibrary::open(const std::string& path, const Messages& messages) {
     if (isOpen()) return true;
-    const std::string path = system::joinPath(system::getDriverDirectory(), LIBRARY_FILE);
     m_library = loader::dlOpen(path.c_str(), loader::DL_NOW | loader::DL_LOCAL);
     if (m_library == nullptr) {
         ZANT_LOG_ERROR(messages.cannotLoad, loader::dlError());

@@ -1,6 +1,8 @@
 // The RPC client library, which gives memory that the NPU can reach. It lies in the driver's directory.
 #pragma once
 
+#include <string>
+
 #include "zelmar_kor/memory_records.h"
 
 namespace zant::kor {
@@ -19,8 +21,10 @@ public:
     DarlinkLibrary(const DarlinkLibrary&) = delete;
     DarlinkLibrary& operator=(const DarlinkLibrary&) = delete;
 
+    // In the driver's directory, or by its bare name when that is not known.
+    static std::string defaultPath();
     // Loads the library and finds its functions; one that is open stays. On failure it is closed.
-    bool open(const Messages& messages);
+    bool open(const std::string& path, const Messages& messages);
     bool isOpen() const noexcept { return m_library != nullptr; }
 
     // Only while open. alloc: null when the library has no such block; a size that its 32 bits do not hold is never

@@ -11,7 +11,8 @@ bool ExternalBufferManager::initialize(const void* backendFunctions) {
         return false;
     }
     m_backendFunctions = backendFunctions;
-    return m_library.open({"ExternalBufferManager::initialize: unable to load libdarlink. dlerror(): %s",
+    return m_library.open(DarlinkLibrary::defaultPath(),
+                          {"ExternalBufferManager::initialize: unable to load libdarlink. dlerror(): %s",
                            "ExternalBufferManager::initialize: unable to resolve darmem symbols. dlerror(): %s"});
 }
 

@@ -36,6 +36,7 @@ uint32_t MultiTensorSharedBuffer::initialize(void* context, const void* backendF
         m_context = context;
         m_backendFunctions = backendFunctions;
         const bool isOpen = m_library.open(
+            DarlinkLibrary::defaultPath(),
             {"Unable to load backend. dlerror(): %s", "Unable to access symbols in libdarlink. dlerror(): %s"});
         return isOpen ? SUCCESS : FAILURE;
     });

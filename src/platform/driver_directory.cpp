@@ -33,17 +33,17 @@ std::string korDeviceInstance() {
     return buffer.data();
 }
 
-std::string findDriverDirectory() {
-    std::string directory = getServiceDirectory(KOR_DRIVER_SERVICE);
-    if (!directory.empty() && isDarlinkEnabledOnKorDriver()) return directory;
-    return getServiceDirectory(DARLINK_SERVICE);
-}
-
 }  // namespace
 
 std::string getDriverDirectory() {
     static const std::string directory = findDriverDirectory();
     return directory;
+}
+
+std::string findDriverDirectory() {
+    std::string directory = getServiceDirectory(KOR_DRIVER_SERVICE);
+    if (!directory.empty() && isDarlinkEnabledOnKorDriver()) return directory;
+    return getServiceDirectory(DARLINK_SERVICE);
 }
 
 std::string getServiceDirectory(const std::wstring& serviceName) {

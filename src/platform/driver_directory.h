@@ -11,6 +11,10 @@ namespace zant::system {
 // at the first call and kept for the life of the library. Any thread.
 std::string getDriverDirectory();
 
+// What the first call of getDriverDirectory finds: the NPU driver's directory when its device carries the RPC
+// framework, else the RPC driver's.
+std::string findDriverDirectory();
+
 // The directory of a kernel service's executable, with "windir" in the place of "\SystemRoot". Empty unless the path
 // begins with that.
 std::string getServiceDirectory(const std::wstring& serviceName);

@@ -1,0 +1,92 @@
+// Where the RPC client library is looked for, on machines that a folder stands for.
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+#include "platform/driver_directory.h"
+#include "platform/system.h"
+#include "support/environment.h"
+#include "support/scratch_folder.h"
+
+namespace zant::test {
+namespace {
+
+class DriverDirectory : public testing::Test {
+protected:
+    void machine(const std::string& services, const std::string& registry = "{}") const {
+        std::ofstream(m_folder.path("platform.json"))
+            << R"({"services":{)" << services << R"(},"registry":)" << registry << "}";
+    }
+    static std::string service(const std::string& name, const std::string& path) {
+        return "\"" + name + R"(":{"binaryPathName":")" + path + "\"}";
+    }
+    static std::string korDriver(const std::string& info) {
+        return R"({"HKLM":{"SYSTEM\\CurrentControlSet\\Services\\cvkordrv\\Enum":{"0":"PCI\\VEN_1\\7"},)"
+               R"("SYSTEM\\CurrentControlSet\\Enum\\PCI\\VEN_1\\7\\Device Parameters\\KORM\\INFO":)"
+               R"({"DarlinkEnabledDSPInfo":)" +
+               info + "}}}";
+    }
+
+    const ScratchFolder m_folder;
+    const ScopedVariable m_root{"ZELMAR_PLATFORM_ROOT", m_folder.path("").c_str()};
+    const ScopedVariable m_windows{"windir", "C:\\Wind\xC3\xB6ws"};
+};
+
+TEST_F(DriverDirectory, OfAServiceBeginsWithTheSystemsRoot) {
+    machine(service("a", R"(\\SystemRoot\\System32\\drivers\\a.sys)") + "," + service("b", R"(C:\\b\\b.sys)") + "," +
+            service("c", R"(\\SystemRoot)") + "," + service("d", R"(\\systemroot\\d.sys)") + "," +
+            service("e", R"(\\SystemRoot\\e)"));
+    EXPECT_EQ(system::getServiceDirectory(L"a"), "C:\\Wind\xC3\xB6ws\\System32\\drivers");
+    EXPECT_EQ(system::getServiceDirectory(L"e"), "C:\\Wind\xC3\xB6ws");
+    for (const wchar_t* name : {L"b", L"c", L"d", L"none"}) EXPECT_EQ(system::getServiceDirectory(name), "");
+    const ScopedVariable none("windir", nullptr);
+    EXPECT_EQ(system::getServiceDirectory(L"a"), "");
+}
+
+// fault: the byte tested as a mask, a value of another size or type taken for it.
+TEST_F(DriverDirectory, IsTheNpuDriversWhenItCarriesTheFramework) {
+    const std::string both =
+        service("cvkordrv", R"(\\SystemRoot\\npu\\k.sys)") + "," + service("cvdarlink", R"(\\SystemRoot\\rpc\\d.sys)");
+    const std::string npu = "C:\\Wind\xC3\xB6ws\\npu";
+    const std::string rpc = "C:\\Wind\xC3\xB6ws\\rpc";
+    machine(both, korDriver("[8]"));
+    EXPECT_EQ(system::findDriverDirectory(), npu);
+    for (const char* info : {"[9]", "[8,0]", "[]", "\"8\"", "[256]", "8"}) {
+        machine(both, korDriver(info));
+        EXPECT_EQ(system::findDriverDirectory(), rpc) << info;
+    }
+    machine(both);
+    EXPECT_EQ(system::findDriverDirectory(), rpc);
+    machine(service("cvdarlink", R"(\\SystemRoot\\rpc\\d.sys)"), korDriver("[8]"));
+    EXPECT_EQ(system::findDriverDirectory(), rpc);
+    machine("");
+    EXPECT_EQ(system::findDriverDirectory(), "");
+}
+
+TEST_F(DriverDirectory, JoinsWithOneSlash) {
+    EXPECT_EQ(system::joinPath("", "f"), "f");
+    EXPECT_EQ(system::joinPath("d", "f"), "d/f");
+    EXPECT_EQ(system::joinPath("d/", "f"), "d/f");
+    EXPECT_EQ(system::joinPath("d\\", "f"), "d\\f");
+}
+
+// fault: a value without its end is read on behind it, or one that is too long is cut.
+TEST_F(DriverDirectory, RegistryStringsEnd) {
+    const std::string fits(255, 'x');
+    machine("", R"({"HKCU":{"Software\\K":{"v":"text","raw":[97,98],"fits":")" + fits + R"(","long":")" + fits +
+                    R"(y"}}})");
+    EXPECT_STREQ(system::readRegistryString("Software\\K", "v").text, "text");
+    EXPECT_STREQ(system::readRegistryString("software\\k", "RAW").text, "ab");
+    EXPECT_EQ(system::readRegistryString("Software\\K", "fits").text, fits);
+    EXPECT_EQ(system::readRegistryString("Software\\K", "v").status, 0U);
+    const system::RegistryString tooLong = system::readRegistryString("Software\\K", "long");
+    EXPECT_EQ(tooLong.status, 234U);
+    EXPECT_STREQ(tooLong.text, "Failed to query registry value.");
+    EXPECT_EQ(system::readRegistryString("Software\\K", "none").status, 2U);
+    EXPECT_STREQ(system::readRegistryString("Software", "v").text, "Failed to open registry key.");
+    std::ofstream(m_folder.path("platform.json")) << std::string(100000, '[');
+    EXPECT_EQ(system::readRegistryString("Software\\K", "v").status, 2U);
+}
+
+}  // namespace
+}  // namespace zant::test
