@@ -1,6 +1,8 @@
 // Set-up of the votes: power config ids, the settings that travel once, and the memory config.
 #include <algorithm>
+#include <map>
 #include <string>
+#include <utility>
 
 #include "config/perf_numbers.h"
 #include "perf/power_infrastructure.h"
@@ -70,6 +72,9 @@ bool PowerVotes::createPowerConfigId(bool useClientContext) {
     const ZantPerfInfrastructure* infrastructure = fetchInfrastructure(m_backendInterface);
     if (infrastructure == nullptr) return false;
     m_idsCreated = false;
+    // Places for the ids beforehand: one that could not be kept would be lost.
+    std::map<DeviceCore, uint32_t> places;
+    for (const DeviceCore& pair : m_deviceCorePairs) places.try_emplace(pair, 0);
     for (const DeviceCore& pair : m_deviceCorePairs) {
         uint32_t id = 0;
         const uint64_t status = infrastructure->createPowerConfigId == nullptr
@@ -79,7 +84,10 @@ bool PowerVotes::createPowerConfigId(bool useClientContext) {
             ZANT_LOG_ERROR("Perf Infra createPowerConfigId return failed: [%d]", static_cast<int>(status));
             return false;
         }
-        m_powerConfigIds.try_emplace(pair, id);
+        auto place = places.extract(pair);
+        if (place.empty()) continue;  // a pair that stands twice keeps its first id
+        place.mapped() = id;
+        m_powerConfigIds.insert(std::move(place));
     }
     m_idsCreated = true;
     return true;

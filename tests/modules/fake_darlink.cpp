@@ -9,6 +9,10 @@ namespace {
 zant::test::FakeDarlink g_state;
 std::mutex g_mutex;
 
+bool isAllowed(const char* operation) {
+    return g_state.allow == nullptr || g_state.allow(operation);
+}
+
 }  // namespace
 
 extern "C" {
@@ -19,7 +23,7 @@ FAKE_DARLINK_EXPORT zant::test::FakeDarlink* fakeDarlinkState() {
 
 FAKE_DARLINK_EXPORT void* darmem_alloc(int heapId, uint32_t flags, uint32_t size) {
     const std::lock_guard lock(g_mutex);
-    if (g_state.failAlloc || heapId != 25 || flags != 1) return nullptr;
+    if (!isAllowed("alloc") || g_state.failAlloc || heapId != 25 || flags != 1) return nullptr;
     // Only the first bytes of a large block are there: nobody writes to it.
     void* address = std::malloc(std::min(size, 4096U));
     g_state.blocks.push_back({address, size, 100 + g_state.blocksMade++});
@@ -28,6 +32,7 @@ FAKE_DARLINK_EXPORT void* darmem_alloc(int heapId, uint32_t flags, uint32_t size
 
 FAKE_DARLINK_EXPORT int darmem_to_fd(void* address) {
     const std::lock_guard lock(g_mutex);
+    if (!isAllowed("to fd")) return -1;
     for (const auto& block : g_state.blocks) {
         if (block.address == address) return g_state.failToFd ? -1 : block.fileDescriptor;
     }

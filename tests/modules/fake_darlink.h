@@ -15,6 +15,7 @@ struct FakeDarlink {
     };
     std::vector<Block> blocks;  // those that live
     int blocksMade = 0;
+    bool (*allow)(const char* operation) = nullptr;  // asked before each call, null: all are allowed
     bool failAlloc = false;
     bool failToFd = false;
 };

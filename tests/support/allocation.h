@@ -6,8 +6,10 @@
 namespace zant::test {
 
 size_t allocationCount();
-// The allocation behind countdown others fails; a negative number calls that off. False when the one asked for before
-// has failed.
-bool failAllocation(int countdown);
+// How many blocks of all threads live.
+size_t liveAllocations();
+// The allocation behind countdown others fails, and with fromThenOn all behind it; a negative number calls that off.
+// False when the one asked for before has failed.
+bool failAllocation(int countdown, bool fromThenOn = false);
 
 }  // namespace zant::test

@@ -1,0 +1,67 @@
+// The whole life of a model as a host drives it, with every option of the document set.
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+#include "life/neighbours.h"
+#include "zelmar_kor/backend_extensions.h"
+
+namespace zant::test {
+
+enum class Road { compose, binary, binaryList };
+inline constexpr Road ROADS[] = {Road::compose, Road::binary, Road::binaryList};
+
+// Of a test's parameter.
+template <class Info>
+std::string roadName(const Info& info) {
+    constexpr const char* NAMES[] = {"compose", "binary", "binaryList"};
+    return NAMES[static_cast<size_t>(info.param)];
+}
+
+// A document with every option. patchFile: for concurrent_deserialization_patch, left out when empty.
+std::string everyOption(const std::string& patchFile, bool asyncVoting);
+
+// One object of the library and what became of it. A hook whose arguments the host has no memory for is left out.
+class ModelLife {
+public:
+    // config, pool: a document, and the beginning of pool names; borrowed until the object goes.
+    ModelLife(const char* config, const char* pool);
+    ~ModelLife();
+    ModelLife(const ModelLife&) = delete;
+    ModelLife& operator=(const ModelLife&) = delete;
+
+    // From the making of the object, unless it stands, to the end of its device. Each life has contexts of its own.
+    // short: without pools, detaching, tensors and the extension.
+    void run(Road road, bool isShort = false);
+    void destroy();
+    // Whether the document was taken.
+    bool isLoaded() const { return m_isLoaded; }
+
+    // Hooks that said false, and of these the ones that logged no error though they always have to.
+    size_t failedHooks() const { return m_failed; }
+    size_t silentFailures() const { return m_silent; }
+    const char* firstFailed() const { return m_firstFailed; }
+    // Resets the three above.
+    void forgetFailures();
+
+private:
+    template <class Call>
+    bool hook(const char* name, Call call, bool mayBeSilent = false);
+    bool begin();
+    void createContexts(Road road);
+    void useBuffers();
+    void useTensors();
+    void execute();
+
+    const char* m_config;
+    const char* m_pool;
+    tools::runhost::IBackend* m_backend = nullptr;
+    bool m_isLoaded = false;
+    uintptr_t m_firstContext = 1;
+    size_t m_failed = 0;
+    size_t m_silent = 0;
+    const char* m_firstFailed = "";
+};
+
+}  // namespace zant::test
