@@ -18,6 +18,7 @@ int run(int argc, char** argv) {
     CLI::App app("Reference host of the NPU backend extensions.", "runhost");
     app.set_version_flag("--version", "runhost " RUNHOST_VERSION);
     app.require_subcommand(1);
+    app.allow_windows_style_options(false);  // "/" begins a path everywhere
     Command command;
     const auto add = [&](const char* name, Command (*addCommand)(CLI::App&)) {
         CLI::App* subcommand = app.add_subcommand(name);

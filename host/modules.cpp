@@ -1,18 +1,20 @@
 #include "modules.h"
 
-#include <dlfcn.h>
-
 #include <algorithm>
 #include <iterator>
 #include <stdexcept>
+
+#include "platform.h"
 
 namespace runhost {
 
 namespace {
 
-std::string loaderError() {
-    const char* text = dlerror();
-    return text == nullptr ? "unknown loader error" : text;
+void* load(const std::string& path) {
+    std::string error;
+    void* library = platform::loadLibrary(path, error);
+    if (library == nullptr) throw std::runtime_error(error);
+    return library;
 }
 
 uint64_t standIn(void** handle) {
@@ -24,21 +26,21 @@ uint64_t standIn(void** handle) {
 }  // namespace
 
 void Module::Close::operator()(void* handle) const {
-    dlclose(handle);
+    platform::unloadLibrary(handle);
 }
 
-Module::Module(const std::string& path) : m_handle(dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL)) {
-    if (m_handle == nullptr) throw std::runtime_error(loaderError());
-}
+Module::Module(const std::string& path) : m_handle(load(path)) {}
 
 void* Module::symbol(const char* name) const {
-    return dlsym(m_handle.get(), name);
+    return platform::findSymbol(m_handle.get(), name);
 }
 
 ExtensionLibrary::ExtensionLibrary(const std::string& path) : m_module(path) {
     m_create = reinterpret_cast<decltype(m_create)>(m_module.symbol("createBackendInterface"));
     m_destroy = reinterpret_cast<decltype(m_destroy)>(m_module.symbol("destroyBackendInterface"));
-    if (m_create == nullptr || m_destroy == nullptr) throw std::runtime_error(loaderError());
+    if (m_create == nullptr || m_destroy == nullptr) {
+        throw std::runtime_error(path + " lacks createBackendInterface or destroyBackendInterface");
+    }
 }
 
 template <typename Function>

@@ -5,10 +5,11 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <memory>
 #include <sstream>
 #include <system_error>
+
+#include "platform.h"
 
 namespace fs = std::filesystem;
 
@@ -16,18 +17,12 @@ namespace runhost {
 
 namespace {
 
-fs::path executableDirectory() {
-    std::error_code error;
-    const fs::path executable = fs::read_symlink("/proc/self/exe", error);
-    return error ? fs::path(".") : executable.parent_path();
-}
-
 // directories: relative to the executable, separated by colons.
 std::vector<fs::path> besideExecutable(const std::string& directories) {
     std::vector<fs::path> found;
     std::istringstream stream(directories);
     for (std::string directory; std::getline(stream, directory, ':');) {
-        found.push_back((executableDirectory() / directory).lexically_normal());
+        found.push_back((platform::executableDirectory() / directory).lexically_normal());
     }
     return found;
 }
@@ -89,8 +84,9 @@ std::vector<std::string> machineNames() {
 }
 
 void useMachine(const fs::path& directory) {
-    constexpr int replace = 1;
-    setenv("ZELMAR_PLATFORM_ROOT", directory.c_str(), replace);
+    if (!platform::standInMachine(directory)) {
+        throw UsageError("on this system the library sees the real machine only: leave --machine out");
+    }
 }
 
 std::string readFile(const std::string& path) {

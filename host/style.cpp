@@ -1,14 +1,14 @@
 #include "style.h"
 
-#include <unistd.h>
-
 #include <cstdlib>
+
+#include "platform.h"
 
 namespace runhost {
 
 Style::Style(std::FILE* stream) {
     const char* refusal = std::getenv("NO_COLOR");
-    m_enabled = (refusal == nullptr || *refusal == '\0') && isatty(fileno(stream)) != 0;
+    m_enabled = (refusal == nullptr || *refusal == '\0') && platform::isTerminal(stream);
 }
 
 std::string Style::paint(Colour colour, const std::string& text) const {

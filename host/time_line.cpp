@@ -1,11 +1,10 @@
 #include "time_line.h"
 
-#include <pthread.h>
-
 #include <algorithm>
-#include <array>
 #include <map>
 #include <string_view>
+
+#include "platform.h"
 
 namespace runhost {
 
@@ -14,19 +13,13 @@ namespace {
 // The system cuts thread names to 15 characters.
 constexpr std::string_view VOTING_THREAD = "zant_perf_driver";
 
-std::string ownThreadName() {
-    std::array<char, ZANT_SIM_THREAD_NAME> name{};
-    if (pthread_getname_np(pthread_self(), name.data(), name.size()) != 0) return {};
-    return name.data();
-}
-
 }  // namespace
 
 TimeLine::TimeLine(const Backend& backend)
     : m_backend(backend),
       m_start(backend.voteCount()),
       m_hostThread(backend.threadNumber()),
-      m_hostName(ownThreadName()) {}
+      m_hostName(platform::threadName()) {}
 
 void TimeLine::enter(const std::string& stage) {
     m_marks.push_back({m_backend.voteCount(), stage});

@@ -1,25 +1,17 @@
 #include "power_ids.h"
 
-#include <pthread.h>
-
 #include <algorithm>
-#include <array>
 #include <atomic>
 #include <utility>
 
 #include "ledger.h"
+#include "thread_name.h"
 
 namespace zant::sim {
 
 namespace {
 
 constexpr uint32_t DEFAULT_CLIENT_ID = 0;
-
-std::string threadName() {
-    std::array<char, ZANT_SIM_THREAD_NAME> name{};
-    if (pthread_getname_np(pthread_self(), name.data(), name.size()) != 0) return {};
-    return name.data();
-}
 
 bool holdsCorners(const std::vector<PowerConfigRecord>& records) {
     return std::any_of(records.begin(), records.end(), [](const PowerConfigRecord& record) {
@@ -112,7 +104,7 @@ void PowerIds::fill(const Entry& entry, ZantSimVote& vote) const {
     vote.deviceId = state.deviceId;
     vote.coreId = state.coreId;
     vote.recordCount = static_cast<uint32_t>(entry.records.size());
-    std::copy(entry.threadName.begin(), entry.threadName.end(), vote.threadName);
+    entry.threadName.copy(vote.threadName, ZANT_SIM_THREAD_NAME - 1);
     std::copy(entry.records.begin(), entry.records.end(), vote.records);
 }
 

@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <climits>
 #include <cstddef>
+#include <cstdio>
 #include <cstring>
 #include <iterator>
 #include <new>
@@ -213,9 +214,9 @@ int openForUpdate(const char* path, std::string& error) {
     return descriptor;
 }
 
-bool closeDescriptor(int descriptor, std::string& error) {
+bool closeDescriptor(int descriptor, char (&error)[ERROR_TEXT_CAPACITY]) noexcept {
     if (_close(descriptor) == 0) return true;
-    error = std::strerror(errno);
+    std::snprintf(error, sizeof(error), "%s", std::strerror(errno));
     return false;
 }
 

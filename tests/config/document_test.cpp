@@ -1,12 +1,12 @@
 // How a path or a text becomes a document, and what each way to fail says.
 #include <gmock/gmock.h>
-#include <sys/stat.h>
 
 #include <filesystem>
 #include <fstream>
 
 #include "config/schema.h"
 #include "support/loaded_config.h"
+#include "support/scratch_folder.h"
 
 namespace zant::test {
 namespace {
@@ -22,20 +22,13 @@ const std::string SCHEMA_FAILED = "1 backend config file schema validation faile
 
 class ConfigDocumentTest : public testing::Test {
 protected:
-    ConfigDocumentTest() {
-        std::string pattern = (fs::path(testing::TempDir()) / "config_document_XXXXXX").string();
-        m_directory = mkdtemp(pattern.data());
-    }
-    ~ConfigDocumentTest() override { fs::remove_all(m_directory); }
-
-    std::string path(const std::string& name) const { return (m_directory / name).string(); }
+    std::string path(const std::string& name) const { return m_folder.path(name); }
     std::string file(const std::string& content) const {
         std::ofstream(path("document.json"), std::ios::binary) << content;
         return path("document.json");
     }
 
-private:
-    fs::path m_directory;
+    const ScratchFolder m_folder;
 };
 
 std::string nested(int levels) {
@@ -98,8 +91,7 @@ TEST_F(ConfigDocumentTest, RefusesWhatIsNotJson) {
 }
 
 TEST_F(ConfigDocumentTest, RefusesWhatIsNoReadableFile) {
-    ASSERT_EQ(mkfifo(path("fifo").c_str(), 0600), 0);
-    for (const std::string& config : {path("missing"), path("."), path("fifo"), std::string(" {}")}) {
+    for (const std::string& config : {path("missing"), path("."), m_folder.pipe("pipe"), std::string(" {}")}) {
         const LoadedConfig loaded = loadDocument(config);
         EXPECT_FALSE(loaded.result) << config;
         EXPECT_THAT(loaded.texts, ElementsAre("1 Cannot open file " + config, PARSE_FAILED));

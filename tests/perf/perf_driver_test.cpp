@@ -1,11 +1,10 @@
-#include <pthread.h>
-
 #include <future>
 
 #include "perf/driver_fixture.h"
 #include "support/failing_thread.h"
 #include "support/fake_clock.h"
 #include "support/log_capture.h"
+#include "thread_name.h"
 
 namespace zant::test {
 namespace {
@@ -185,9 +184,7 @@ TEST_F(PerfDriverTest, EachVoteIsCastOnItsThread) {
     for (const bool async : {true, false}) {
         begin(5, async);
         m_infra.answer = [&](const std::string&) {
-            char text[16] = {};
-            pthread_getname_np(pthread_self(), text, sizeof(text));
-            name = text;
+            name = sim::threadName();
             return 0U;
         };
         const auto voter = [&](uint8_t event, bool mayBeAsync) {
@@ -200,7 +197,8 @@ TEST_F(PerfDriverTest, EachVoteIsCastOnItsThread) {
         const auto runner = voter(RUN_START, async);
         EXPECT_EQ(runner != self, async);
         if (async) {
-            EXPECT_EQ(name, "zant_perf_drive");
+            EXPECT_FALSE(name.empty());
+            EXPECT_TRUE(std::string("zant_perf_driver").starts_with(name)) << name << ", which the system may have cut";
         }
         m_driver->setState(RUN_DONE, false);
         m_clock.advance(301 * NS_PER_MS);

@@ -1,21 +1,21 @@
-// Where the RPC client library is looked for, on machines that a folder stands for.
+// Where the RPC client library is looked for, on machines with other services and registries.
 #include <gtest/gtest.h>
-
-#include <fstream>
 
 #include "platform/driver_directory.h"
 #include "platform/system.h"
 #include "support/environment.h"
-#include "support/scratch_folder.h"
+#include "support/machine.h"
 
 namespace zant::test {
 namespace {
 
 class DriverDirectory : public testing::Test {
 protected:
-    void machine(const std::string& services, const std::string& registry = "{}") const {
-        std::ofstream(m_folder.path("platform.json"))
-            << R"({"services":{)" << services << R"(},"registry":)" << registry << "}";
+    void SetUp() override {
+        if (!m_machine.become("{}")) GTEST_SKIP() << "services and registry may not be changed here";
+    }
+    void machine(const std::string& services, const std::string& registry = "{}") {
+        EXPECT_TRUE(m_machine.become(R"({"services":{)" + services + R"(},"registry":)" + registry + "}"));
     }
     static std::string service(const std::string& name, const std::string& path) {
         return "\"" + name + R"(":{"binaryPathName":")" + path + "\"}";
@@ -27,8 +27,7 @@ protected:
                info + "}}}";
     }
 
-    const ScratchFolder m_folder;
-    const ScopedVariable m_root{"ZELMAR_PLATFORM_ROOT", m_folder.path("").c_str()};
+    Machine m_machine;
     const ScopedVariable m_windows{"windir", "C:\\Wind\xC3\xB6ws"};
 };
 
@@ -83,8 +82,8 @@ TEST_F(DriverDirectory, RegistryStringsEnd) {
     EXPECT_EQ(tooLong.status, 234U);
     EXPECT_STREQ(tooLong.text, "Failed to query registry value.");
     EXPECT_EQ(system::readRegistryString("Software\\K", "none").status, 2U);
-    EXPECT_STREQ(system::readRegistryString("Software", "v").text, "Failed to open registry key.");
-    std::ofstream(m_folder.path("platform.json")) << std::string(100000, '[');
+    EXPECT_STREQ(system::readRegistryString("Software\\None", "v").text, "Failed to open registry key.");
+    m_machine.become(std::string(100000, '['));
     EXPECT_EQ(system::readRegistryString("Software\\K", "v").status, 2U);
 }
 

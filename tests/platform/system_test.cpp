@@ -1,17 +1,24 @@
 #include "platform/system.h"
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <chrono>
-#include <filesystem>
 #include <fstream>
 #include <string>
 #include <vector>
 
+#include "support/scratch_folder.h"
+
 namespace zant::system {
 namespace {
+
+#if defined(_WIN32)
+constexpr const char* ENDLESS_DEVICE = "NUL";
+constexpr const char* SYSTEM_SYMBOL = "GetCurrentProcessId";
+#else
+constexpr const char* ENDLESS_DEVICE = "/dev/zero";
+constexpr const char* SYSTEM_SYMBOL = "getenv";
+#endif
 
 TEST(SystemModules, TheListHoldsTheLoadersHandlesInLoadOrder) {
     void* const module = loadModule(TEST_MODULE_PATH);
@@ -27,36 +34,22 @@ TEST(SystemModules, TheListHoldsTheLoadersHandlesInLoadOrder) {
     EXPECT_TRUE(unloadModule(module));
     EXPECT_EQ(listModules(list.data(), list.size()), list.size() - 1);
     EXPECT_FALSE(unloadModule(module));
-    EXPECT_EQ(resolveSymbol(module, "getenv"), nullptr);
+    EXPECT_EQ(resolveSymbol(module, SYSTEM_SYMBOL), nullptr);
 }
 
 class SystemFiles : public testing::Test {
 protected:
-    void SetUp() override {
-        std::string name = testing::TempDir() + "/zant_system_XXXXXX";
-        ASSERT_NE(mkdtemp(name.data()), nullptr);
-        m_folder = name;
-    }
-    void TearDown() override { std::filesystem::remove_all(m_folder); }
-
     std::string write(const char* name, const std::string& text) const {
-        std::ofstream(m_folder / name, std::ios::binary) << text;
-        return m_folder / name;
+        std::ofstream(m_folder.path(name), std::ios::binary) << text;
+        return m_folder.path(name);
     }
 
-    std::filesystem::path m_folder;
+    const test::ScratchFolder m_folder;
 };
-
-// The number that the next opened file would get.
-int nextDescriptor() {
-    const int descriptor = dup(STDIN_FILENO);
-    close(descriptor);
-    return descriptor;
-}
 
 TEST_F(SystemFiles, ARegularFileIsReadWhole) {
     const std::string text("{\0}\n", 4);
-    const int before = nextDescriptor();
+    const size_t before = test::openDescriptors();
     FileContents contents;
     EXPECT_EQ(readWholeFile(write("file", text).c_str(), text.size(), contents), ReadFileStatus::ok);
     EXPECT_EQ(std::string(contents.text.get(), contents.size), text);
@@ -64,19 +57,19 @@ TEST_F(SystemFiles, ARegularFileIsReadWhole) {
     EXPECT_EQ(readWholeFile(write("empty", "").c_str(), 0, contents), ReadFileStatus::ok);
     EXPECT_EQ(contents.size, 0U);
     EXPECT_STREQ(contents.text.get(), "");
-    EXPECT_EQ(nextDescriptor(), before);
+    EXPECT_EQ(test::openDescriptors(), before);
 }
 
 TEST_F(SystemFiles, WhatIsNotAReadableFileOfTheSizeIsRefused) {
-    const std::string pipe = m_folder / "pipe";
-    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
-    const int before = nextDescriptor();
+    const std::string pipe = m_folder.pipe("pipe");
+    const size_t before = test::openDescriptors();
     FileContents contents;
-    for (const std::string& path : {pipe, m_folder.string(), std::string("/dev/zero"), std::string("/no/such/file")}) {
+    for (const std::string& path :
+         {pipe, m_folder.path(""), std::string(ENDLESS_DEVICE), std::string("/no/such/file")}) {
         EXPECT_EQ(readWholeFile(path.c_str(), 100, contents), ReadFileStatus::cannotOpen) << path;
     }
     EXPECT_EQ(readWholeFile(write("long", "12345").c_str(), 4, contents), ReadFileStatus::noMemory);
-    EXPECT_EQ(nextDescriptor(), before);
+    EXPECT_EQ(test::openDescriptors(), before);
 }
 
 TEST(SystemClock, IsTheWallClockInNanoseconds) {

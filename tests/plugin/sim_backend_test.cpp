@@ -104,13 +104,13 @@ class Machine : public testing::TestWithParam<MachineCase> {};
 TEST_P(Machine, FirmwareNamesTheChip) {
     const auto firmware =
         std::filesystem::path(SIM_BACKEND_LIBRARY).parent_path() / "machines" / GetParam().name / "firmware";
-    const std::string fixed = readText(firmware / "FACP");
+    const std::string fixed = readText((firmware / "FACP").string());
     expectValid(fixed, "FACP");
     const bool namedByRevision = GetParam().first == 0;
     EXPECT_EQ(word(fixed, 24, 4) == 0x8180, namedByRevision);
     EXPECT_EQ(std::filesystem::exists(firmware / "PPTT"), !namedByRevision);
     if (namedByRevision) return;
-    const std::string topology = readText(firmware / "PPTT");
+    const std::string topology = readText((firmware / "PPTT").string());
     expectValid(topology, "PPTT");
     const size_t identifier = topology.find('\2', 36);
     ASSERT_NE(identifier, std::string::npos);

@@ -1,6 +1,5 @@
 // The simulated infrastructure: what it remembers of votes, and what it refuses.
 #include <gmock/gmock.h>
-#include <pthread.h>
 
 #include <algorithm>
 #include <array>
@@ -10,6 +9,7 @@
 #include <thread>
 
 #include "support/loaded.h"
+#include "support/system.h"
 
 namespace {
 
@@ -50,7 +50,7 @@ TEST_F(SimVotes, TimeLineHoldsEachListWholeWithTimeThreadAndId) {
     const PowerConfigRecord* both[] = {&high, &ddr, nullptr};
     ASSERT_EQ(power.setPowerConfig(id, both), 0U);
     std::thread([&] {
-        pthread_setname_np(pthread_self(), "other");
+        nameThread("other");
         EXPECT_EQ(vote(id, PowerConfigRecord{{3, 9999}}), 0U);
     }).join();
     ASSERT_EQ(count(), 2U);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdlib>
+#include <filesystem>
 #include <optional>
 #include <string>
 
@@ -9,26 +10,42 @@ namespace zant::test {
 
 class ScopedVariable {
 public:
-    // A null value takes the variable away.
-    ScopedVariable(const char* name, const char* value) : m_name(name) {
-        if (const char* before = std::getenv(name)) m_before = before;
-        set(m_name, value);
+    // A null value takes the variable away. On Windows the value is UTF-8, and an empty one is none.
+    ScopedVariable(const char* name, const char* value) : m_name(textOf(name)), m_before(get(m_name)) {
+        set(m_name, value == nullptr ? std::nullopt : std::optional(textOf(value)));
     }
-    ~ScopedVariable() { set(m_name, m_before ? m_before->c_str() : nullptr); }
+    ~ScopedVariable() { set(m_name, m_before); }
     ScopedVariable(const ScopedVariable&) = delete;
     ScopedVariable& operator=(const ScopedVariable&) = delete;
 
 private:
-    static void set(const char* name, const char* value) {
-#if defined(_WIN32)
-        _putenv_s(name, value == nullptr ? "" : value);
-#else
-        value == nullptr ? unsetenv(name) : setenv(name, value, 1);
-#endif
+    // As the system keeps it.
+    using Text = std::filesystem::path::string_type;
+
+    static Text textOf(const char* utf8) {
+        return std::filesystem::path(reinterpret_cast<const char8_t*>(utf8)).native();
     }
 
-    const char* m_name;
-    std::optional<std::string> m_before;
+#if defined(_WIN32)
+    static std::optional<Text> get(const Text& name) {
+        const wchar_t* value = _wgetenv(name.c_str());
+        return value == nullptr ? std::nullopt : std::optional<Text>(value);
+    }
+    static void set(const Text& name, const std::optional<Text>& value) {
+        _wputenv_s(name.c_str(), value.value_or(L"").c_str());
+    }
+#else
+    static std::optional<Text> get(const Text& name) {
+        const char* value = std::getenv(name.c_str());
+        return value == nullptr ? std::nullopt : std::optional<Text>(value);
+    }
+    static void set(const Text& name, const std::optional<Text>& value) {
+        value ? setenv(name.c_str(), value->c_str(), 1) : unsetenv(name.c_str());
+    }
+#endif
+
+    const Text m_name;
+    const std::optional<Text> m_before;
 };
 
 }  // namespace zant::test

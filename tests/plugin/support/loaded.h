@@ -1,7 +1,6 @@
 // What ships, loaded as a host loads it, and the simulated backend beside it.
 #pragma once
 
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -10,30 +9,35 @@
 #include <string>
 #include <vector>
 
+#include "platform.h"
 #include "zant_sim/sim_backend.h"
 #include "zelmar_kor/backend_extensions.h"
 
 namespace testing_support {
 
+namespace platform = runhost::platform;
+
 class Library {
 public:
-    explicit Library(const char* path) : m_handle(dlopen(path, RTLD_NOW | RTLD_LOCAL)) {
-        if (m_handle == nullptr) throw std::runtime_error(dlerror());
+    explicit Library(const char* path) {
+        std::string error;
+        m_handle = platform::loadLibrary(path, error);
+        if (m_handle == nullptr) throw std::runtime_error(error);
     }
     Library(const Library&) = delete;
     Library& operator=(const Library&) = delete;
-    ~Library() { dlclose(m_handle); }
+    ~Library() { platform::unloadLibrary(m_handle); }
 
     void* handle() const { return m_handle; }
     template <typename Function>
     Function find(const char* name) const {
-        void* symbol = dlsym(m_handle, name);
-        if (symbol == nullptr) throw std::runtime_error(dlerror());
+        void* symbol = platform::findSymbol(m_handle, name);
+        if (symbol == nullptr) throw std::runtime_error(std::string("no symbol ") + name);
         return reinterpret_cast<Function>(symbol);
     }
 
 private:
-    void* m_handle;
+    void* m_handle = nullptr;
 };
 
 // The simulated backend, put back to its start.

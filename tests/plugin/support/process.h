@@ -1,8 +1,6 @@
 // Another program's run: its exit status and what it printed.
 #pragma once
 
-#include <sys/wait.h>
-
 #include <array>
 #include <cstdio>
 #include <fstream>
@@ -11,6 +9,8 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+
+#include "plugin/support/system.h"
 
 namespace testing_support {
 
@@ -26,15 +26,17 @@ struct ProcessResult {
     }
 };
 
-// Runs the reference host. Standard output is taken, and standard error too unless the arguments send it elsewhere.
-inline ProcessResult runHost(const std::string& arguments) {
-    const std::string command = "{ '" RUNHOST "' " + arguments + "; } 2>&1";
-    std::FILE* pipe = popen(command.c_str(), "r");
-    std::string output;
+// Everything up to the stream's end.
+inline std::string readStream(std::FILE* stream) {
+    std::string text;
     std::array<char, 4096> block{};
-    while (const size_t length = std::fread(block.data(), 1, block.size(), pipe)) output.append(block.data(), length);
-    const int status = pclose(pipe);
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, output};
+    while (const size_t length = std::fread(block.data(), 1, block.size(), stream)) text.append(block.data(), length);
+    return text;
+}
+
+// Runs the reference host.
+inline ProcessResult runHost(const std::string& arguments) {
+    return runProgram(RUNHOST, arguments);
 }
 
 inline std::string example(const std::string& name) {
@@ -42,7 +44,7 @@ inline std::string example(const std::string& name) {
 }
 
 inline std::string readText(const std::string& path) {
-    std::ifstream file(path);
+    std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
@@ -52,7 +54,7 @@ public:
     explicit TemporaryDocument(const std::string& text)
         : m_path(testing::TempDir() + "runhost_" + testing::UnitTest::GetInstance()->current_test_info()->name() +
                  ".json") {
-        std::ofstream(m_path) << text;
+        std::ofstream(m_path, std::ios::binary) << text;
     }
     TemporaryDocument(const TemporaryDocument&) = delete;
     TemporaryDocument& operator=(const TemporaryDocument&) = delete;

@@ -1,0 +1,10 @@
+# Built from the sources that the package googletest brings.
+set(ZELMAR_KOR_GOOGLETEST /usr/src/googletest)
+if(NOT EXISTS ${ZELMAR_KOR_GOOGLETEST}/CMakeLists.txt)
+  message(FATAL_ERROR "${ZELMAR_KOR_GOOGLETEST} is missing: install the package googletest")
+endif()
+if(NOT TARGET GTest::gmock)
+  set(INSTALL_GTEST OFF CACHE BOOL "" FORCE)
+  add_subdirectory(${ZELMAR_KOR_GOOGLETEST} ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
+endif()
+set(GTest_FOUND TRUE)

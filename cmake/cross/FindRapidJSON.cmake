@@ -1,0 +1,4 @@
+include(${CMAKE_CURRENT_LIST_DIR}/host_headers.cmake)
+zelmar_kor_host_headers(RapidJSON rapidjson)
+get_target_property(RapidJSON_INCLUDE_DIRS RapidJSON INTERFACE_INCLUDE_DIRECTORIES)
+set(RapidJSON_FOUND TRUE)

@@ -1,0 +1,28 @@
+// What the host needs from an operating system. platform_posix.cpp and platform_windows.cpp answer it.
+#pragma once
+
+#include <cstdio>
+#include <filesystem>
+#include <string>
+
+namespace runhost::platform {
+
+// Null on failure, with the loader's reason in error. A path with a directory also governs the search for what the
+// library itself needs.
+void* loadLibrary(const std::string& path, std::string& error);
+// Null when the library itself has no such symbol.
+void* findSymbol(void* library, const char* name);
+void unloadLibrary(void* library);
+
+// The folder of this program's file, "." when it is not known.
+std::filesystem::path executableDirectory();
+
+// Makes the directory the machine that the library sees from then on; false where the library sees only the real one.
+bool standInMachine(const std::filesystem::path& directory);
+
+bool isTerminal(std::FILE* stream);
+
+// Of the calling thread; empty when it has none.
+std::string threadName();
+
+}  // namespace runhost::platform

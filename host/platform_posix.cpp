@@ -1,0 +1,50 @@
+#include <dlfcn.h>
+#include <pthread.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdlib>
+
+#include "platform.h"
+
+namespace runhost::platform {
+
+namespace fs = std::filesystem;
+
+void* loadLibrary(const std::string& path, std::string& error) {
+    void* library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (library != nullptr) return library;
+    const char* text = dlerror();
+    error = text == nullptr ? "unknown loader error" : text;
+    return nullptr;
+}
+
+void* findSymbol(void* library, const char* name) {
+    return dlsym(library, name);
+}
+
+void unloadLibrary(void* library) {
+    dlclose(library);
+}
+
+fs::path executableDirectory() {
+    std::error_code error;
+    const fs::path executable = fs::read_symlink("/proc/self/exe", error);
+    return error ? fs::path(".") : executable.parent_path();
+}
+
+bool standInMachine(const fs::path& directory) {
+    constexpr int replace = 1;
+    return setenv("ZELMAR_PLATFORM_ROOT", directory.c_str(), replace) == 0;
+}
+
+bool isTerminal(std::FILE* stream) {
+    return isatty(fileno(stream)) != 0;
+}
+
+std::string threadName() {
+    std::array<char, 16> name{};  // all that the kernel keeps
+    return pthread_getname_np(pthread_self(), name.data(), name.size()) == 0 ? name.data() : "";
+}
+
+}  // namespace runhost::platform

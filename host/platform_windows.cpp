@@ -1,0 +1,57 @@
+#include <windows.h>
+// Behind windows.h, which it builds on.
+#include <io.h>
+
+#include <system_error>
+
+#include "platform.h"
+
+// MinGW-w64's headers know it from version 11 on.
+extern "C" WINBASEAPI HRESULT WINAPI GetThreadDescription(HANDLE thread, PWSTR* description);
+
+namespace runhost::platform {
+
+namespace fs = std::filesystem;
+
+void* loadLibrary(const std::string& path, std::string& error) {
+    const fs::path file = fs::path(path).make_preferred();
+    HMODULE library = LoadLibraryExW(file.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+    if (library == nullptr) {
+        const auto code = static_cast<int>(GetLastError());
+        error = path + ": " + std::system_category().message(code) + " (error " + std::to_string(code) + ")";
+    }
+    return library;
+}
+
+void* findSymbol(void* library, const char* name) {
+    return reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(library), name));
+}
+
+void unloadLibrary(void* library) {
+    FreeLibrary(static_cast<HMODULE>(library));
+}
+
+fs::path executableDirectory() {
+    std::wstring file(32768, L'\0');  // the longest path there is
+    const DWORD length = GetModuleFileNameW(nullptr, file.data(), static_cast<DWORD>(file.size()));
+    return length == 0 ? fs::path(".") : fs::path(file.substr(0, length)).parent_path();
+}
+
+bool standInMachine(const fs::path&) {
+    return false;
+}
+
+bool isTerminal(std::FILE* stream) {
+    return _isatty(_fileno(stream)) != 0;
+}
+
+std::string threadName() {
+    PWSTR description = nullptr;
+    if (FAILED(GetThreadDescription(GetCurrentThread(), &description))) return {};
+    std::string name;
+    for (const wchar_t* unit = description; *unit != L'\0'; ++unit) name.push_back(static_cast<char>(*unit));
+    LocalFree(description);
+    return name;
+}
+
+}  // namespace runhost::platform
