@@ -26,7 +26,8 @@ unsigned shown(uint64_t size) {
 template <class Map>
 void makeRoom(Map& map, size_t more) {
     const size_t wanted = map.size() + more;
-    if (wanted > map.bucket_count()) map.reserve(2 * wanted);
+    // A map that was never filled has a bucket that holds nothing.
+    if (wanted >= map.bucket_count()) map.reserve(2 * wanted);
 }
 
 }  // namespace

@@ -105,8 +105,8 @@ bool SharedBufferPool::registerInPool(const std::string& id, const Member& membe
                        name.c_str(), pool.expectedCount, count);
         return false;
     }
-    pool.expectedCount = count;
     pool.members.push_back(member);
+    pool.expectedCount = count;
     if (pool.backendFunctions == nullptr) pool.backendFunctions = backendFunctions;
     ZANT_LOG_DEBUG("SharedBufferPool::registerContext: pool \"%s\" registered %u/%u (sf=%lu spadBackup=%lu wt=%lu)",
                    name.c_str(), static_cast<unsigned>(pool.members.size()), pool.expectedCount,

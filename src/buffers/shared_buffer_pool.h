@@ -22,8 +22,8 @@ struct ExternalBuffers {
     std::shared_ptr<ExternalBufferManager> weights;
 };
 
-// Any thread. The lock is held through the backend's calls of finalizeAllPools, and never together with another of the
-// library's, the table of loggers' excepted.
+// Any thread. The lock is held through the backend's calls of finalizeAllPools. Inside it come only locks of the
+// platform: the loader's, the driver directory's and the table of loggers'.
 class SharedBufferPool {
 public:
     struct Ids {

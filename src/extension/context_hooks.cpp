@@ -86,9 +86,13 @@ bool KORBackend::buildListedContexts(std::map<std::string, std::pair<uint32_t, Z
             m_contextRecords.dropRecords(firstPatch);
             return false;
         }
-        ConfigList& contextList = m_contextRecords.list();
-        perContext.emplace(context.contextKey, std::make_pair(contextList.size(), contextList.data()));
         result = result && built == ContextRecords::Result::ok;
+        const bool isListed = tellingShortage(ContextRecords::ALLOCATION_FAILED, [&] {
+            ConfigList& contextList = m_contextRecords.list();
+            perContext.emplace(context.contextKey, std::make_pair(contextList.size(), contextList.data()));
+            return true;
+        });
+        result = isListed && result;
     }
     return result;
 }
@@ -150,7 +154,7 @@ bool KORBackend::dropContext(void* context) {
     const ExternalBuffers buffers = m_contextEntries.takeBuffers(context);  // they end with this call
     if (*state == KOR_BUFFER_DETACHED) {
         ZANT_LOG_DEBUG("Attaching the buffers before freeing the context");
-        setBuffersDetached(context, KOR_BUFFER_ATTACHED);  // the entry goes either way
+        attachBuffers(context);  // the entry goes either way
     }
     if (m_contextEntries.erase(context)) return true;
     ZANT_LOG_ERROR("Unable to remove one of the context handles from the map");

@@ -13,14 +13,12 @@ using Context = KORContextConfig;
 using Group = KORGroupContextConfig;
 using Custom = KORContextCustomConfig;
 
-constexpr const char* ALLOCATION_FAILED = "contextConfig alloc failed - %s";
-
 // One row for each option of an entry. Without fill the record is of a shape of its own.
 struct OptionRow {
     KORContextOption option;
     bool (*isWanted)(const Context& context);
     void (*fill)(const Context& context, Custom& record);
-    const char* message = ALLOCATION_FAILED;
+    const char* message = ContextRecords::ALLOCATION_FAILED;
 };
 
 template <bool Context::*Field>
@@ -169,7 +167,11 @@ bool ContextRecords::add(ConfigList& list, const Values& values, const char* mes
 }
 
 ContextRecords::Result ContextRecords::build(ContextRoad road, const KORContextConfig& context) {
-    m_contextConfigLists.emplace_back();
+    m_hasList = tellingShortage(ALLOCATION_FAILED, [&] {
+        m_contextConfigLists.emplace_back();
+        return true;
+    });
+    if (!m_hasList) return Result::failed;
     bool result = true;
     for (const KORContextOption option : optionsOf(road)) {
         const OptionRow& row = rowOf(option);
@@ -210,7 +212,12 @@ bool ContextRecords::addGroups(const KORContextConfig& context) {
 }
 
 ContextRecords::Result ContextRecords::addPatchFile(const KORContextConfig& context) {
-    const int descriptor = m_patchFiles.open(context.concurrentDeserializationPatch);
+    int descriptor = -1;
+    const bool hadMemory = tellingShortage(ALLOCATION_FAILED, [&] {
+        descriptor = m_patchFiles.open(context.concurrentDeserializationPatch);
+        return true;
+    });
+    if (!hadMemory) return Result::failed;
     if (descriptor < 0) return Result::noPatchFile;
     Custom record{};
     record.option = KOR_CONTEXT_OPTION_DESERIALIZATION_PATCH;

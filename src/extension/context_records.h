@@ -23,12 +23,13 @@ enum class ContextRoad : uint8_t {
 class ContextRecords {
 public:
     enum class Result { ok, failed, noPatchFile };
+    static constexpr const char* ALLOCATION_FAILED = "contextConfig alloc failed - %s";  // the level 1 line
 
-    // Appends a list with those options of the context that the road takes. failed: some are missing, each told by a
-    // level 1 line. noPatchFile, likewise told: the list ends before that option.
+    // Appends a list with those options of the context that the road takes. failed: some are missing, or the list
+    // itself, each told by a level 1 line. noPatchFile, likewise told: the list ends before that option.
     Result build(ContextRoad road, const KORContextConfig& context);
-    // The list of the last build.
-    ConfigList& list() noexcept { return m_contextConfigLists.back(); }
+    // The list of the last build; an empty one where there was no memory for it.
+    ConfigList& list() noexcept { return m_hasList ? m_contextConfigLists.back() : m_noList; }
 
     // What all contexts of a list share; an earlier common list goes.
     bool buildCommon(const KORGroupContextConfig& group);
@@ -62,6 +63,8 @@ private:
     Result addPatchFile(const KORContextConfig& context);
 
     std::vector<ConfigList> m_contextConfigLists;  // one for each context that was built
+    bool m_hasList = false;
+    ConfigList m_noList;
     ConfigList m_commonContextConfigs;
     std::vector<Record> m_contextCustomConfigs;
     std::vector<std::unique_ptr<LoraGroups>> m_loraGroups;

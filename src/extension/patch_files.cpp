@@ -5,15 +5,26 @@
 
 namespace zant::kor {
 
+namespace {
+
+constexpr int NONE = -1;
+
+}  // namespace
+
 int PatchFiles::open(const std::string& path) {
-    m_patchFds.reserve(m_patchFds.size() + 1);  // a descriptor that could not be kept would be lost
     std::string error;
-    const int descriptor = system::openForUpdate(path.c_str(), error);
-    if (descriptor < 0) {
-        ZANT_LOG_ERROR("Failed to open file: %s, error: %s", path.c_str(), error.c_str());
-        return descriptor;
+    m_patchFds.push_back(NONE);  // its place first: a descriptor that could not be kept would be lost
+    try {
+        m_patchFds.back() = system::openForUpdate(path.c_str(), error);
+    } catch (...) {
+        m_patchFds.pop_back();
+        throw;
     }
-    m_patchFds.push_back(descriptor);
+    const int descriptor = m_patchFds.back();
+    if (descriptor < 0) {
+        m_patchFds.pop_back();
+        ZANT_LOG_ERROR("Failed to open file: %s, error: %s", path.c_str(), error.c_str());
+    }
     return descriptor;
 }
 

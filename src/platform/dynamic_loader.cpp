@@ -1,6 +1,7 @@
 #include "platform/dynamic_loader.h"
 
 #include <algorithm>
+#include <atomic>
 #include <memory>
 #include <new>
 #include <optional>
@@ -19,9 +20,18 @@ constexpr size_t MODULE_PATH_CAPACITY = 260;
 
 thread_local const char* t_error = "";
 
+// Whoever unloads a module after this library's own end, as a host's late destructor may, finds no set.
+std::atomic<bool> g_isEnded{false};
+
 class LocalModules {
 public:
+    LocalModules() = default;
+    LocalModules(const LocalModules&) = delete;
+    LocalModules& operator=(const LocalModules&) = delete;
+    ~LocalModules() { g_isEnded.store(true); }
+
     bool add(void* module) noexcept EXCLUDES(m_mutex) {
+        if (g_isEnded.load()) return true;
         MutexLock lock(m_mutex);
         try {
             m_modules.insert(module);
@@ -31,10 +41,12 @@ public:
         }
     }
     void remove(void* module) noexcept EXCLUDES(m_mutex) {
+        if (g_isEnded.load()) return;
         MutexLock lock(m_mutex);
         m_modules.erase(module);
     }
     bool contains(void* module) noexcept EXCLUDES(m_mutex) {
+        if (g_isEnded.load()) return false;
         MutexLock lock(m_mutex);
         return m_modules.contains(module);
     }

@@ -6,6 +6,7 @@
 //                                   "registry": {"HKLM": {PATH: {VALUE: TEXT or [BYTES]}}, "HKCU": {...}}}
 //
 // A file that is missing or malformed is a missing value.
+#include <rapidjson/memorystream.h>
 #include <strings.h>
 
 #include <cstdlib>
@@ -63,8 +64,9 @@ const JsonValue* memberInAnyCase(const JsonValue* object, const char* name) {
 
 std::wstring widen(const char* text) {
     std::wstring wide;
-    rapidjson::StringStream stream(text);
-    while (stream.Peek() != '\0') {
+    const size_t length = std::strlen(text);
+    rapidjson::MemoryStream stream(text, length);  // stays at the end, also within a character that is cut off
+    while (stream.Tell() < length) {
         unsigned codepoint = 0;
         const bool isValid = rapidjson::UTF8<>::Decode(stream, &codepoint);
         wide.push_back(isValid ? static_cast<wchar_t>(codepoint) : REPLACEMENT);

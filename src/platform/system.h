@@ -44,12 +44,20 @@ struct FileContents {
 ReadFileStatus readWholeFile(const char* path, size_t maxSize, FileContents& contents) noexcept;
 
 // Opens a file for reading and writing, for as long as the caller wants it, and makes it with permission bits 0644 if
-// it is absent. Only a regular file opens, and no call blocks. Gives the descriptor, which no child process inherits;
-// -1 on failure, with the cause in error.
+// it is absent. Only a regular file opens, and no call blocks. Gives the descriptor, which is above 0 and
+// which no child process inherits; -1 on failure, with the cause in error.
 int openForUpdate(const char* path, std::string& error);
 // False on failure, with the cause in error, zero-terminated; the descriptor is gone all the same.
 constexpr size_t ERROR_TEXT_CAPACITY = 128;
 bool closeDescriptor(int descriptor, char (&error)[ERROR_TEXT_CAPACITY]) noexcept;
+
+// True when something is at the path, which may have been made just now: an empty file of the user's alone.
+bool ensureFile(const char* path) noexcept;
+// Opens a file for writing behind its end as it is now, and makes it if it is absent. A file that has no such end does
+// not open, and no call blocks. Others may read, write, rename and delete it meanwhile. The descriptor, -1 on failure.
+int openForAppend(const char* path) noexcept;
+// False when not all of it could be written.
+bool writeAll(int descriptor, const char* text, size_t size) noexcept;
 
 // --- Firmware.
 
@@ -101,6 +109,11 @@ private:
 
 // Names the calling thread for debuggers and profilers; a name that is too long for the system is cut.
 void setThreadName(const char* name) noexcept;
+
+// --- Tracing.
+
+// Hands a text to the system's event tracing where somebody listens; nothing happens where there is none.
+void writeTraceEvent(const char* text) noexcept;
 
 // --- Clock.
 

@@ -231,11 +231,21 @@ int checkRegularFile(int descriptor) noexcept {
 }  // namespace
 
 int openForUpdate(const char* path, std::string& error) {
+    // Looked at before it is opened too: opening a device can do something already.
+    struct stat status {};
+    int code = stat(path, &status) == 0 && !S_ISREG(status.st_mode) ? NOT_REGULAR : 0;
     int descriptor = -1;
-    do {
+    while (code == 0 && descriptor < 0) {
         descriptor = open(path, O_RDWR | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0644);
-    } while (descriptor < 0 && errno == EINTR);
-    const int code = descriptor < 0 ? errno : checkRegularFile(descriptor);
+        if (descriptor < 0 && errno != EINTR) code = errno;
+    }
+    if (code == 0) code = checkRegularFile(descriptor);
+    if (code == 0 && descriptor == 0) {
+        // A process without standard input: 0 would read as no descriptor.
+        descriptor = fcntl(0, F_DUPFD_CLOEXEC, 1);
+        if (descriptor < 0) code = errno;
+        close(0);
+    }
     if (code == 0) return descriptor;
     if (descriptor >= 0) close(descriptor);
     error = code == NOT_REGULAR ? "Not a regular file" : strerrordesc_np(code);
@@ -248,6 +258,34 @@ bool closeDescriptor(int descriptor, char (&error)[ERROR_TEXT_CAPACITY]) noexcep
     std::snprintf(error, sizeof(error), "%s", strerrordesc_np(errno));
     return false;
 }
+
+bool ensureFile(const char* path) noexcept {
+    if (access(path, F_OK) == 0) return true;
+    const int descriptor = open(path, O_RDWR | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0600);
+    if (descriptor < 0) return false;
+    close(descriptor);
+    return true;
+}
+
+int openForAppend(const char* path) noexcept {
+    const int descriptor = open(path, O_WRONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0777);
+    if (descriptor < 0 || lseek(descriptor, 0, SEEK_END) >= 0) return descriptor;
+    close(descriptor);
+    return -1;
+}
+
+bool writeAll(int descriptor, const char* text, size_t size) noexcept {
+    while (size > 0) {
+        const ssize_t written = ::write(descriptor, text, size);
+        if (written < 0 && errno == EINTR) continue;
+        if (written <= 0) return false;
+        text += written;
+        size -= static_cast<size_t>(written);
+    }
+    return true;
+}
+
+void writeTraceEvent(const char*) noexcept {}
 
 void setThreadName(const char* name) noexcept {
     char cut[16] = {};  // all that the kernel takes, its end included

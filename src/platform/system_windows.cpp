@@ -103,6 +103,25 @@ bool readUpTo(HANDLE file, char* buffer, size_t size, size_t& count) noexcept {
     return true;
 }
 
+// A descriptor above 0 of the runtime library's, which closes the file from then on; -1 on failure, with errno set.
+int descriptorOf(OwnedHandle& file, int access) noexcept {
+    const int flags = access | _O_BINARY | _O_NOINHERIT;
+    const int descriptor = _open_osfhandle(reinterpret_cast<intptr_t>(file.get()), flags);
+    if (descriptor < 0) return -1;
+    file.release();
+    if (descriptor > 0) return descriptor;
+    // A process that closed its standard input: 0 would read as no descriptor.
+    HANDLE copy = INVALID_HANDLE_VALUE;
+    HANDLE const self = GetCurrentProcess();
+    HANDLE const original = reinterpret_cast<HANDLE>(_get_osfhandle(descriptor));
+    const BOOL copied = DuplicateHandle(self, original, self, &copy, 0, FALSE, DUPLICATE_SAME_ACCESS);
+    OwnedHandle second(copied != 0 ? copy : INVALID_HANDLE_VALUE);
+    const int above = second.isOpen() ? _open_osfhandle(reinterpret_cast<intptr_t>(second.get()), flags) : -1;
+    if (above > 0) second.release();
+    _close(descriptor);
+    return above;
+}
+
 std::string systemErrorText(DWORD code) {
     wchar_t text[512];
     constexpr DWORD flags = FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS | FORMAT_MESSAGE_MAX_WIDTH_MASK;
@@ -205,12 +224,8 @@ int openForUpdate(const char* path, std::string& error) {
         error = "Not a regular file";
         return -1;
     }
-    const int descriptor = _open_osfhandle(reinterpret_cast<intptr_t>(file.get()), _O_RDWR | _O_BINARY | _O_NOINHERIT);
-    if (descriptor < 0) {
-        error = std::strerror(errno);
-        return -1;
-    }
-    file.release();  // closed with the descriptor
+    const int descriptor = descriptorOf(file, _O_RDWR);
+    if (descriptor < 0) error = std::strerror(errno);
     return descriptor;
 }
 
@@ -218,6 +233,36 @@ bool closeDescriptor(int descriptor, char (&error)[ERROR_TEXT_CAPACITY]) noexcep
     if (_close(descriptor) == 0) return true;
     std::snprintf(error, sizeof(error), "%s", std::strerror(errno));
     return false;
+}
+
+bool ensureFile(const char* path) noexcept {
+    try {
+        return GetFileAttributesW(widen(path).c_str()) != INVALID_FILE_ATTRIBUTES ||
+               OwnedHandle(openShared(path, GENERIC_READ | GENERIC_WRITE, OPEN_ALWAYS)).isOpen();
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
+}
+
+int openForAppend(const char* path) noexcept {
+    try {
+        OwnedHandle file(openShared(path, GENERIC_WRITE, OPEN_ALWAYS));
+        if (!file.isOpen() || GetFileType(file.get()) != FILE_TYPE_DISK) return -1;
+        if (SetFilePointerEx(file.get(), LARGE_INTEGER{}, nullptr, FILE_END) == 0) return -1;
+        return descriptorOf(file, _O_WRONLY);
+    } catch (const std::bad_alloc&) {
+        return -1;
+    }
+}
+
+bool writeAll(int descriptor, const char* text, size_t size) noexcept {
+    while (size > 0) {
+        const int written = _write(descriptor, text, static_cast<unsigned>(std::min<size_t>(size, INT_MAX)));
+        if (written <= 0) return false;
+        text += written;
+        size -= static_cast<size_t>(written);
+    }
+    return true;
 }
 
 size_t readFirmwareTable(const char* name, void* buffer, size_t capacity) noexcept {
@@ -299,6 +344,9 @@ void setThreadName(const char* name) noexcept {
     }
     SetThreadDescription(GetCurrentThread(), wide);
 }
+
+// No provider of events is registered, so that nobody can listen.
+void writeTraceEvent(const char*) noexcept {}
 
 uint64_t wallClockNs() noexcept {
     constexpr uint64_t ticksFrom1601To1970 = 0x19DB1DED53E8000;

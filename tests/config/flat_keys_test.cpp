@@ -4,16 +4,13 @@
 #include <gmock/gmock.h>
 
 #include <random>
-#include <stdexcept>
 
+#include "life/plain_keys.h"
 #include "support/loaded_config.h"
 
 namespace zant::test {
 namespace {
 
-using kor::FlatKey;
-using kor::JsonPointer;
-using kor::JsonValue;
 using Random = std::mt19937;
 
 size_t pick(Random& random, size_t count) {
@@ -54,102 +51,8 @@ std::string someValue(Random& random, int depth) {
     return isObject ? "{" + text + "}" : "[" + text + "]";
 }
 
-void collectTexts(const JsonValue& value, const std::string& text, std::vector<std::string>& texts) {
-    if (value.IsObject()) {
-        for (const auto& member : value.GetObject()) {
-            collectTexts(member.value, text + "/" + std::string(kor::textOf(member.name)), texts);
-        }
-    } else if (value.IsArray()) {
-        for (rapidjson::SizeType i = 0; i < value.Size(); ++i) {
-            collectTexts(value[i], text + "/" + std::to_string(i), texts);
-        }
-    } else if (!value.IsNull()) {
-        texts.push_back(text.substr(1));
-    }
-}
-
-std::vector<std::string> split(const std::string& text) {
-    std::vector<std::string> elements(1);
-    for (const char c : text) {
-        if (c != '/') {
-            elements.back().push_back(c);
-        } else if (!elements.back().empty()) {
-            elements.emplace_back();
-        }
-    }
-    if (elements.back().empty()) elements.pop_back();
-    return elements;
-}
-
-// What follows the first element equal to the word, or what follows the first one of all.
-std::string expectedAfter(const std::string& text, const std::string& word, bool orSecond) {
-    const std::vector<std::string> elements = split(text);
-    auto found = std::find(elements.begin(), elements.end(), word);
-    if (found == elements.end() && orSecond) found = elements.begin();
-    if (found == elements.end() || found + 1 == elements.end()) return "none";
-    const std::string& element = *(found + 1);
-    if (element.find_first_not_of("0123456789") != std::string::npos) return "text";
-    return element.size() > 10 || std::stoll(element) > INT32_MAX ? "too large" : std::to_string(std::stoi(element));
-}
-
-std::string describe(kor::IndexElement element) {
-    if (element.isNone()) return "none";
-    if (!element.isDigits()) return "text";
-    try {
-        return std::to_string(element.toIndex());
-    } catch (const std::out_of_range&) {
-        return "too large";
-    }
-}
-
-const JsonValue* expectedValue(const std::string& text, const JsonValue& root) {
-    if (text.empty()) return nullptr;
-    const std::string path = text.front() == '/' ? text : "/" + text;
-    const JsonPointer pointer(path.data(), path.size());
-    return pointer.IsValid() ? pointer.Get(root) : nullptr;
-}
-
-void compareKey(const FlatKey& key, const std::string& text, const JsonValue& root) {
-    using enum kor::KeyElement;
-    ASSERT_EQ(key.text(), text);
-    EXPECT_EQ(key.value(), expectedValue(text, root)) << text;
-    for (size_t i = 0; i < kor::KEY_WORDS.size(); ++i) {
-        const auto word = static_cast<kor::KeyWord>(i);
-        ASSERT_EQ(key.holds(word), text.find(kor::KEY_WORDS[i]) != std::string::npos)
-            << text << " " << kor::KEY_WORDS[i];
-        ASSERT_EQ(key.equals(word), text == kor::KEY_WORDS[i]) << text;
-    }
-    const std::pair<kor::KeyElement, const char*> elements[] = {
-        {devices, "devices"}, {graphs, "graphs"}, {context, "context"}, {custom, "custom"}};
-    for (const auto& [element, word] : elements) {
-        EXPECT_EQ(describe(key.after(element)), expectedAfter(text, word, false)) << text << " after " << word;
-        EXPECT_EQ(describe(key.afterOrSecond(element)), expectedAfter(text, word, true)) << text << " after " << word;
-    }
-}
-
 void compareDocument(const std::string& config) {
-    kor::ConfigDocument document;
-    ASSERT_TRUE(kor::loadConfigString(document, config));
-    std::vector<std::string> texts;
-    collectTexts(document.root(), "", texts);
-    const kor::FlatKeyList keys = kor::collectKeys(document);
-    ASSERT_EQ(keys.size(), texts.size());
-    std::array<std::vector<uint32_t>, 5> sections;
-    for (uint32_t i = 0; i < texts.size(); ++i) {
-        compareKey(keys[i], texts[i], document.root());
-        for (size_t section = 0; section < 3; ++section) {
-            const char* const words[] = {"devices", "graphs", "context"};
-            if (texts[i].find(words[section]) != std::string::npos) sections[section].push_back(i);
-        }
-        if (texts[i] == "groupContext/share_resources" || texts[i] == "groupContext/reused_io_limit_mb" ||
-            texts[i] == "groupContext/share_resources_optimization_type") {
-            sections[3].push_back(i);
-        }
-        if (texts[i] == "memory/mem_type") sections[4].push_back(i);
-    }
-    for (size_t i = 0; i < sections.size(); ++i) {
-        EXPECT_EQ(keys.positionsOf(static_cast<kor::KeySection>(i)), sections[i]) << i;
-    }
+    EXPECT_EQ(keyDifference(config), "");
 }
 
 TEST(FlatKeys, NamedCasesReadLikeTheirTexts) {

@@ -5,6 +5,7 @@
 
 #include "extension/context_properties.h"
 #include "extension/kor_backend.h"
+#include "support/allocation.h"
 #include "support/fake_memory.h"
 #include "support/log_capture.h"
 
@@ -109,6 +110,21 @@ TEST_F(BufferHooks, AContextIsDetachedOnceTheBackendTookBothCalls) {
     EXPECT_TRUE(backend.attachBuffers(context));  // an entry of its own again
     EXPECT_THAT(log.takeTexts(), ElementsAre("1 Input context handles to beforeContextFree is NULL",
                                              "2 Buffers already in the desired state attached."));
+}
+
+// fault: an entry that outlives its context, and answers for the next one at its address.
+TEST_F(BufferHooks, AnEntryGoesAlsoWhereItsBuffersCannotBeAttached) {
+    memory.detachableFds = {5, 6};
+    for (int failAt = 0; failAt < 3; ++failAt) {
+        EXPECT_TRUE(backend.detachBuffers(context));
+        std::vector<void*> contexts{context};
+        failAllocation(failAt + 1);  // the first is the fake backend's text
+        backend.beforeContextFree(std::move(contexts));
+        failAllocation(-1);
+        log.take();
+        EXPECT_TRUE(backend.attachBuffers(context));
+        EXPECT_THAT(log.takeTexts(), ElementsAre("2 Buffers already in the desired state attached.")) << failAt;
+    }
 }
 
 // fault: memory for a count that no backend means.

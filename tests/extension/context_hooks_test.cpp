@@ -162,7 +162,9 @@ TEST_F(ContextHooks, PatchFilesStayOpenUntilContextsGo) {
     EXPECT_EQ(listOf("k"), "8:1 21:fd");
     EXPECT_TRUE(m_backend->afterContextCreateFromBinaryList());
     EXPECT_EQ(openDescriptors(), before + 2);
+#if !defined(_WIN32)  // which keeps no such bits
     EXPECT_EQ(std::filesystem::status(path).permissions(), std::filesystem::perms(0644));
+#endif
     EXPECT_TRUE(m_backend->beforeContextFree({}));
     EXPECT_TRUE(m_backend->beforeContextFree({}));
     EXPECT_EQ(openDescriptors(), before);

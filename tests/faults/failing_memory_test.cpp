@@ -10,13 +10,15 @@
 namespace zant::test {
 namespace {
 
+constexpr Factory FACTORY{createBackendInterface, destroyBackendInterface};
+
 class FailingMemory : public testing::TestWithParam<Road> {
 protected:
     // Fails allocations at every position until a life needs none of them.
     void failEach(bool fromThenOn) {
         const size_t descriptors = openDescriptors();
         {
-            ModelLife warmUp(config.c_str(), "p");
+            ModelLife warmUp(FACTORY, config.c_str(), "p");
             warmUp.run(GetParam());
         }  // what is made once in a process
         int failAt = 0;
@@ -24,7 +26,7 @@ protected:
             const size_t before = liveAllocations();
             neighbours.fail({});
             {
-                ModelLife life(config.c_str(), "p");
+                ModelLife life(FACTORY, config.c_str(), "p");
                 failAllocation(failAt, fromThenOn);
                 life.run(GetParam());
                 failed = !failAllocation(-1);
@@ -37,6 +39,8 @@ protected:
             }
             ASSERT_EQ(liveAllocations(), before) << failAt;
             ASSERT_EQ(neighbours.liveIds(), 0U) << failAt;
+            ASSERT_EQ(neighbours.liveTensors(), 0U) << failAt;
+            ASSERT_EQ(neighbours.liveBlocks(), 0U) << failAt;
             ASSERT_EQ(openDescriptors(), descriptors) << failAt;
             neighbours.forget();
         }
@@ -61,7 +65,7 @@ TEST_P(FailingMemory, FromThenOn) {
 TEST_P(FailingMemory, ThreadsThatDoNotStart) {
     const std::string async = everyOption("", true);
     for (int start = 0; start < 2; ++start) {
-        ModelLife life(async.c_str(), "p");
+        ModelLife life(FACTORY, async.c_str(), "p");
         neighbours.fail({});
         {
             const FailingThread failing(start);

@@ -83,14 +83,15 @@ std::string everyOption(const std::string& patchFile, bool asyncVoting) {
     return document;
 }
 
-ModelLife::ModelLife(const char* config, const char* pool) : m_config(config), m_pool(pool) {}
+ModelLife::ModelLife(Factory factory, const char* config, const char* pool)
+    : m_factory(factory), m_config(config), m_pool(pool) {}
 
 ModelLife::~ModelLife() {
     destroy();
 }
 
 void ModelLife::destroy() {
-    destroyBackendInterface(m_backend);
+    m_factory.destroy(m_backend);
     m_backend = nullptr;
     m_isLoaded = false;
 }
@@ -111,8 +112,8 @@ bool ModelLife::hook(const char* name, Call call, bool mayBeSilent) {
     return false;
 }
 
-bool ModelLife::begin() {
-    if (m_backend == nullptr) m_backend = createBackendInterface();
+bool ModelLife::makeObject() {
+    if (m_backend == nullptr) m_backend = m_factory.create();
     if (m_backend == nullptr) return false;
     hook(
         "setupLogging", [&] { return m_backend->setupLogging(countErrors, ZANT_LOG_LEVEL_DEBUG); }, true);
@@ -126,19 +127,36 @@ bool ModelLife::begin() {
 }
 
 void ModelLife::run(Road road, bool isShort) {
+    begin(road, isShort);
+    if (!m_isLoaded) return;
+    for (const char* graph : {"encoder", "decoder", "unknown"}) executeOnce(graph);
+    end();
+}
+
+void ModelLife::begin(Road road, bool isShort) {
     m_firstContext += CONTEXTS;
-    if (!begin()) return;
+    if (!makeObject()) return;
     ZantConfigWrapper** list = nullptr;
     uint32_t count = 0;
     hook("beforeDeviceCreate", [&] { return m_backend->beforeDeviceCreate(&list, &count); });
     hook("afterDeviceCreate", [&] { return m_backend->afterDeviceCreate(); });
-    if (!isShort) hook("enableKorExtension", [&] { return m_backend->enableKorExtension(handle(1)); });
+    if (!isShort)
+        hook(
+            "enableKorExtension", [&] { return m_backend->enableKorExtension(handle(1)); }, true);
     createContexts(road);
-    if (!isShort) {
-        useBuffers();
-        useTensors();
-    }
-    execute();
+    if (isShort) return;
+    useBuffers();
+    useTensors();
+}
+
+void ModelLife::executeOnce(const char* graph) {
+    ZantConfigWrapper** list = nullptr;
+    uint32_t count = 0;
+    hook("beforeGraphExecute", [&] { return m_backend->beforeGraphExecute(graph, &list, &count); });
+    hook("afterGraphExecute", [&] { return m_backend->afterGraphExecute(); });
+}
+
+void ModelLife::end() {
     auto contexts = argument([&] { return std::vector{handle(m_firstContext), handle(m_firstContext + 1)}; });
     if (contexts) hook("beforeContextFree", [&] { return m_backend->beforeContextFree(std::move(*contexts)); });
     hook("afterContextFree", [&] { return m_backend->afterContextFree(); });
@@ -196,7 +214,9 @@ void ModelLife::useBuffers() {
 
 void ModelLife::useTensors() {
     std::unique_ptr<IBufferAlloc> allocator;
-    if (!hook("getBufferAllocator", [&] { return m_backend->getBufferAllocator(allocator) != nullptr; })) return;
+    if (!hook(
+            "getBufferAllocator", [&] { return m_backend->getBufferAllocator(allocator) != nullptr; }, true))
+        return;
     constexpr uint32_t SHAPE[] = {4, 8};
     ZantTensor tensors[3] = {};
     for (ZantTensor& tensor : tensors) {
@@ -212,19 +232,9 @@ void ModelLife::useTensors() {
     if (!hook("initialize", [&] { return allocator->initialize(handle(m_firstContext), functions) == 0; })) return;
     hook("allocate", [&] { return allocator->allocate(tensors, 3) == 0; });
     for (ZantTensor& tensor : tensors) {
-        void* data = allocator->getBuffer(&tensor);
-        if (data == nullptr) continue;
-        std::memset(data, 1, sizeof(float) * 4 * 8);
+        if (tensor.memoryHandle == nullptr) continue;  // it was not registered
+        if (void* data = allocator->getBuffer(&tensor)) std::memset(data, 1, sizeof(float) * 4 * 8);
         hook("release", [&] { return allocator->release(&tensor) == 0; });
-    }
-}
-
-void ModelLife::execute() {
-    ZantConfigWrapper** list = nullptr;
-    uint32_t count = 0;
-    for (const char* graph : {"encoder", "decoder", "unknown"}) {
-        hook("beforeGraphExecute", [&] { return m_backend->beforeGraphExecute(graph, &list, &count); });
-        hook("afterGraphExecute", [&] { return m_backend->afterGraphExecute(); });
     }
 }
 

@@ -22,11 +22,17 @@ std::string roadName(const Info& info) {
 // A document with every option. patchFile: for concurrent_deserialization_patch, left out when empty.
 std::string everyOption(const std::string& patchFile, bool asyncVoting);
 
+// The library's two functions.
+struct Factory {
+    tools::runhost::IBackend* (*create)();
+    void (*destroy)(tools::runhost::IBackend* backend);
+};
+
 // One object of the library and what became of it. A hook whose arguments the host has no memory for is left out.
 class ModelLife {
 public:
     // config, pool: a document, and the beginning of pool names; borrowed until the object goes.
-    ModelLife(const char* config, const char* pool);
+    ModelLife(Factory factory, const char* config, const char* pool);
     ~ModelLife();
     ModelLife(const ModelLife&) = delete;
     ModelLife& operator=(const ModelLife&) = delete;
@@ -35,6 +41,11 @@ public:
     // short: without pools, detaching, tensors and the extension.
     void run(Road road, bool isShort = false);
     void destroy();
+    // One run of a graph of the document, within a life that began.
+    void executeOnce(const char* graph);
+    // run in two halves, for runs between them.
+    void begin(Road road, bool isShort);
+    void end();
     // Whether the document was taken.
     bool isLoaded() const { return m_isLoaded; }
 
@@ -48,12 +59,12 @@ public:
 private:
     template <class Call>
     bool hook(const char* name, Call call, bool mayBeSilent = false);
-    bool begin();
+    bool makeObject();
     void createContexts(Road road);
     void useBuffers();
     void useTensors();
-    void execute();
 
+    Factory m_factory;
     const char* m_config;
     const char* m_pool;
     tools::runhost::IBackend* m_backend = nullptr;

@@ -14,10 +14,8 @@ namespace {
 
 #if defined(_WIN32)
 constexpr const char* ENDLESS_DEVICE = "NUL";
-constexpr const char* SYSTEM_SYMBOL = "GetCurrentProcessId";
 #else
 constexpr const char* ENDLESS_DEVICE = "/dev/zero";
-constexpr const char* SYSTEM_SYMBOL = "getenv";
 #endif
 
 TEST(SystemModules, TheListHoldsTheLoadersHandlesInLoadOrder) {
@@ -34,7 +32,6 @@ TEST(SystemModules, TheListHoldsTheLoadersHandlesInLoadOrder) {
     EXPECT_TRUE(unloadModule(module));
     EXPECT_EQ(listModules(list.data(), list.size()), list.size() - 1);
     EXPECT_FALSE(unloadModule(module));
-    EXPECT_EQ(resolveSymbol(module, SYSTEM_SYMBOL), nullptr);
 }
 
 class SystemFiles : public testing::Test {
