@@ -7,6 +7,7 @@ cd "$ROOT"
 BUILD_PACKAGES=(cmake ninja-build g++ ccache pkg-config rapidjson-dev libcli11-dev libfmt-dev)
 TEST_PACKAGES=(libgtest-dev libgmock-dev)
 CLANG_PACKAGES=(clang libclang-rt-14-dev)
+WINDOWS_PACKAGES=(g++-mingw-w64-x86-64-posix googletest wine wine64 python3)
 TIDY_PACKAGES=(clang clang-tidy clang-format)
 
 say() { printf '\n== %s\n' "$*"; }

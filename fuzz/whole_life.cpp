@@ -1,0 +1,37 @@
+#include "whole_life.h"
+
+#include <cstdlib>
+
+#include "platform/driver_directory.h"
+#include "platform/dynamic_loader.h"
+
+namespace fuzz {
+namespace {
+
+zant::test::FakeDarlink& darlink() {
+    static zant::test::FakeDarlink* const state = [] {
+        setenv("ZELMAR_PLATFORM_ROOT", FUZZ_MACHINE, 1);
+        setenv("windir", FUZZ_MACHINE "/windows", 1);
+        const std::string path = zant::system::joinPath(zant::system::getDriverDirectory(), "libdarlink.dll");
+        void* library = zant::loader::dlOpen(path.c_str(), zant::loader::DL_NOW | zant::loader::DL_LOCAL);
+        const auto find =
+            reinterpret_cast<decltype(&fakeDarlinkState)>(zant::loader::dlSym(library, "fakeDarlinkState"));
+        if (find == nullptr) std::abort();
+        return find();
+    }();
+    return *state;
+}
+
+}  // namespace
+
+void live(const std::string& document, zant::test::Road road) {
+    zant::test::Neighbours neighbours(darlink());
+    zant::test::ModelLife life({createBackendInterface, destroyBackendInterface}, document.c_str(), "p");
+    life.run(road);
+    // A hook may refuse what the document asks for, and then says why.
+    if (life.silentFailures() != 0) std::abort();
+    life.destroy();
+    if (neighbours.liveTensors() != 0 || neighbours.liveBlocks() != 0) std::abort();
+}
+
+}  // namespace fuzz
