@@ -1,0 +1,10 @@
+// Says whether it runs with another user's rights, and which driver directory it finds.
+#include <unistd.h>
+
+#include <cstdio>
+
+#include "platform/driver_directory.h"
+
+int main() {
+    std::printf("%s %s\n", getuid() == geteuid() ? "plain" : "privileged", zant::system::getDriverDirectory().c_str());
+}
