@@ -5,6 +5,7 @@
 #include "commands.h"
 #include "names.h"
 #include "paths.h"
+#include "platform.h"
 #include "report_profiles.h"
 
 namespace runhost {
@@ -13,8 +14,8 @@ namespace {
 
 struct ProfilesOptions {
     std::string name;
-    // A machine on which no profile is refused for its architecture.
-    std::string machine = "chip693";
+    // A machine on which no profile is refused for its architecture, where there can be another one.
+    std::string machine = platform::canStandIn() ? "chip693" : "";
     std::string library;
     bool json = false;
 };

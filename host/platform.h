@@ -17,8 +17,12 @@ void unloadLibrary(void* library);
 // The folder of this program's file, "." when it is not known.
 std::filesystem::path executableDirectory();
 
-// Makes the directory the machine that the library sees from then on; false where the library sees only the real one.
-bool standInMachine(const std::filesystem::path& directory);
+// Whether a directory can stand for another machine here; where not, the library sees the real one only.
+bool canStandIn();
+// Makes the directory the machine that the library sees from then on.
+void standIn(const std::filesystem::path& directory);
+// Names the file that the simulated capability libraries answer from.
+void nameCapabilities(const std::filesystem::path& file);
 
 bool isTerminal(std::FILE* stream);
 

@@ -33,9 +33,18 @@ fs::path executableDirectory() {
     return error ? fs::path(".") : executable.parent_path();
 }
 
-bool standInMachine(const fs::path& directory) {
+bool canStandIn() {
+    return true;
+}
+
+void standIn(const fs::path& directory) {
     constexpr int replace = 1;
-    return setenv("ZELMAR_PLATFORM_ROOT", directory.c_str(), replace) == 0;
+    setenv("ZELMAR_PLATFORM_ROOT", directory.c_str(), replace);
+}
+
+void nameCapabilities(const fs::path& file) {
+    constexpr int replace = 1;
+    setenv("ZELMAR_SIM_CAPABILITIES", file.c_str(), replace);
 }
 
 bool isTerminal(std::FILE* stream) {

@@ -37,8 +37,14 @@ fs::path executableDirectory() {
     return length == 0 ? fs::path(".") : fs::path(file.substr(0, length)).parent_path();
 }
 
-bool standInMachine(const fs::path&) {
+bool canStandIn() {
     return false;
+}
+
+void standIn(const fs::path&) {}
+
+void nameCapabilities(const fs::path& file) {
+    _wputenv_s(L"ZELMAR_SIM_CAPABILITIES", file.c_str());
 }
 
 bool isTerminal(std::FILE* stream) {

@@ -73,7 +73,9 @@ TEST(Contexts, GroupsAndTexts) {
                                      "Key: file_read_memory_budget_in_mb: %d",
                                      "concurrent_group_registration - Key: group_id: %p, is part of new group? %d",
                                      "concurrent_group_registration - Key: max_spill_fill_buffer_for_group: %d"));
-    EXPECT_EQ(loaded.texts[3], "3 Key: group_id: 0x5, is part of new group? 1");
+    char groupId[32];
+    std::snprintf(groupId, sizeof(groupId), "%p", reinterpret_cast<void*>(uintptr_t{5}));
+    EXPECT_EQ(loaded.texts[3], "3 Key: group_id: " + std::string(groupId) + ", is part of new group? 1");
 }
 
 TEST(Contexts, LoraGroupsGrowToTheirIndex) {
@@ -136,7 +138,8 @@ TEST(SharedSections, ExactKeysOnly) {
     EXPECT_THAT(
         loaded.texts,
         ElementsAre("3 Key: share_resources, value: true", "3 Key: share_resources_optimization_type, value 2",
-                    "3 Key: reused_io_limit_mb, value: 4294967297", "3 Key: memory type, Value: shared_buffer "));
+                    "3 Key: reused_io_limit_mb, value: " + std::to_string(static_cast<unsigned long>(4294967297U)),
+                    "3 Key: memory type, Value: shared_buffer "));
     checkComplaints({
         {R"({"groupContext":{"reused_io_limit_mb":-1}})",
          false,

@@ -21,7 +21,7 @@ const rapidjson::Value* findCall(const rapidjson::Document& report, const std::s
 class RunExample : public testing::TestWithParam<const char*> {};
 
 TEST_P(RunExample, SucceedsAndSaysSo) {
-    const ProcessResult result = runHost("run '" + example(GetParam()) + "' --machine chip538");
+    const ProcessResult result = runHost("run '" + example(GetParam()) + "'" + asMachine("chip538"));
     EXPECT_EQ(result.status, 0) << result.output;
     EXPECT_THAT(result.output, HasSubstr("Every hook succeeded."));
 }
@@ -104,6 +104,7 @@ TEST(Run, ABackendThatIsNoneFailsTheBinding) {
 }
 
 TEST(Run, EveryMachineIsFoundByName) {
+    if (asMachine("any").empty()) GTEST_SKIP() << "the library sees the real machine only";
     for (const char* name :
          {"chip405", "chip435", "chip475", "chip497", "chip498", "chip538", "chip662", "chip693", "unknown"}) {
         const ProcessResult result = runHost(std::string("run --machine ") + name);

@@ -35,7 +35,7 @@ std::vector<std::string> voteList(const rapidjson::Document& report) {
 }
 
 TEST(Votes, OfTheExampleAreHeldBetweenRunsAndFallInThePause) {
-    const rapidjson::Document report = json("run --machine chip538 --execute-ms 5");
+    const rapidjson::Document report = json("run" + asMachine("chip538") + " --execute-ms 5");
     EXPECT_THAT(
         voteList(report),
         testing::ElementsAre("Finalize host MAX_VOLTAGE_CORNER", "Finalize host SVS",
@@ -107,7 +107,7 @@ std::map<std::string, std::string> profileRows(const std::string& arguments) {
 
 TEST(Profiles, EachFamilyVotesInItsOwnWay) {
     const auto rows = profileRows("");
-    const std::map<std::string, std::string> expected{
+    std::map<std::string, std::string> expected{
         {"balanced", "- NOM+ SVS2-SVS NOM+ SVS2-SVS - MIN MIN"},
         {"default", "- - SVS2-SVS - SVS2-SVS - MIN MIN"},
         {"high_performance", "- TURBO SVS2-SVS TURBO SVS2-SVS - TURBO MIN"},
@@ -118,10 +118,14 @@ TEST(Profiles, EachFamilyVotesInItsOwnWay) {
         {"power_saver", "- SVS MIN SVS MIN - MIN MIN"},
         {"system_settings", "- - - - - - - -"},
     };
+    // A machine that is none of the known chips refuses these.
+    if (asMachine("any").empty())
+        std::erase_if(expected, [](const auto& row) { return row.first.starts_with("llm_"); });
     EXPECT_THAT(rows, testing::IsSupersetOf(expected));
 }
 
 TEST(Profiles, ShowWhatAnOlderChipRefusesAndTheDetailOfOne) {
+    if (asMachine("any").empty()) GTEST_SKIP() << "the library sees the real machine only";
     EXPECT_EQ(profileRows("--machine chip538")["llm_decode_burst"],
               "setting refused SVS2-SVS refused - SVS2-SVS refused MIN");
     const ProcessResult detail = runHost("profiles llm_decode_burst");

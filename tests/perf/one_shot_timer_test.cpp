@@ -5,8 +5,10 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <condition_variable>
 #include <functional>
 #include <future>
+#include <mutex>
 
 #include "support/failing_thread.h"
 #include "support/fake_clock.h"
@@ -21,21 +23,27 @@ struct Firings {
     static void fire(void* context) {
         auto* self = static_cast<Firings*>(context);
         if (self->onFire) self->onFire();
+        std::unique_lock lock(self->mutex);
         ++self->count;
-        self->count.notify_all();
-        self->heldUp.wait(true);
+        self->changed.notify_all();
+        self->changed.wait(lock, [self] { return !self->heldUp; });
     }
     void await(int expected) {
-        for (int seen = count; seen < expected; seen = count) count.wait(seen);
+        std::unique_lock lock(mutex);
+        changed.wait(lock, [&] { return count >= expected; });
     }
     void letGo() {
+        const std::lock_guard lock(mutex);
         heldUp = false;
-        heldUp.notify_all();
+        changed.notify_all();
     }
 
     std::function<void()> onFire;
     std::atomic<int> count{0};
     std::atomic<bool> heldUp{false};
+    // Not the waiting of the atomics themselves: that of g++ 12 loses wake-ups where the system has no futex.
+    std::mutex mutex;
+    std::condition_variable changed;
 };
 
 class OneShotTimerTest : public ::testing::Test {

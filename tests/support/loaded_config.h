@@ -65,7 +65,8 @@ void checkOptions(const OptionRow<Record> (&rows)[N], const std::string& before,
         const std::string conversion = format.substr(percent, format.find_first_of("dsu", percent) + 1 - percent);
         const double number = value == "true" ? 1 : std::strtod(value.c_str(), nullptr);
         const bool isWord = value == "true" || value == "false";
-        const std::string shown = isWord && conversion != "%s" ? (value == "true" ? "1" : "0") : value;
+        std::string shown = isWord && conversion != "%s" ? (value == "true" ? "1" : "0") : value;
+        if (conversion == "%lu") shown = std::to_string(static_cast<unsigned long>(std::stoull(value)));
         EXPECT_NE(field(Record()), number) << "the default proves nothing";
         const LoadedConfig loaded = loadDocument(before + "\"" + member + "\":" + value + after, ZANT_LOG_LEVEL_INFO);
         EXPECT_TRUE(loaded.result);

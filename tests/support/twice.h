@@ -1,7 +1,7 @@
 // One function in two threads at a time.
 #pragma once
 
-#include <barrier>
+#include <atomic>
 #include <cstdint>
 #include <thread>
 
@@ -10,9 +10,10 @@ namespace zant::test {
 // Runs a function in two threads that start it together, with 0 and with 1.
 template <class Function>
 void twice(Function function) {
-    std::barrier<> start(2);
+    std::atomic<int> arrived = 0;
     const auto body = [&](uint32_t which) {
-        start.arrive_and_wait();
+        ++arrived;
+        while (arrived < 2) std::this_thread::yield();
         function(which);
     };
     std::thread other(body, 1);

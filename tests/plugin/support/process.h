@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include "platform.h"
 #include "plugin/support/system.h"
 
 namespace testing_support {
@@ -37,6 +38,11 @@ inline std::string readStream(std::FILE* stream) {
 // Runs the reference host.
 inline ProcessResult runHost(const std::string& arguments) {
     return runProgram(RUNHOST, arguments);
+}
+
+// The arguments that make runhost run as another machine; none where the library sees the real one only.
+inline std::string asMachine(const std::string& name) {
+    return runhost::platform::canStandIn() ? " --machine " + name : "";
 }
 
 inline std::string example(const std::string& name) {

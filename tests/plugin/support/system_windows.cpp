@@ -55,8 +55,10 @@ void nameThread(const char* name) {
 }
 
 ProcessResult runProgram(const std::string& program, const std::string& arguments) {
+    // Of two redirections of one stream the later holds.
+    const char* errors = arguments.find("2>") == std::string::npos ? " 2>&1" : "";
     // The shell takes the outermost quotes away.
-    std::FILE* pipe = _popen(("\"\"" + program + "\" " + shellWords(arguments) + " 2>&1\"").c_str(), "r");
+    std::FILE* pipe = _popen(("\"\"" + program + "\" " + shellWords(arguments) + errors + "\"").c_str(), "r");
     const std::string output = readStream(pipe);
     return {_pclose(pipe), output};
 }
