@@ -17,5 +17,6 @@ Command addRunCommand(CLI::App& app);
 Command addCheckCommand(CLI::App& app);
 Command addProfilesCommand(CLI::App& app);
 Command addSchemaCommand(CLI::App& app);
+Command addChipCommand(CLI::App& app);
 
 }  // namespace runhost

@@ -29,6 +29,7 @@ int run(int argc, char** argv) {
         add("check", addCheckCommand);
         add("profiles", addProfilesCommand);
         add("schema", addSchemaCommand);
+        add("chip", addChipCommand);
         app.parse(argc, argv);
         return command();
     } catch (const CLI::ParseError& error) {

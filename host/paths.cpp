@@ -32,11 +32,17 @@ bool isDirectory(const fs::path& path) {
     return fs::is_directory(path, error);
 }
 
-std::string findLibrary(const std::string& fileName, const std::string& option) {
-    for (const fs::path& directory : besideExecutable(RUNHOST_LIBRARY_DIRECTORIES)) {
+// Empty when it is in none of the directories.
+std::string findBeside(const char* directories, const std::string& fileName) {
+    for (const fs::path& directory : besideExecutable(directories)) {
         std::error_code error;
         if (fs::is_regular_file(directory / fileName, error)) return (directory / fileName).string();
     }
+    return {};
+}
+
+std::string findLibrary(const std::string& fileName, const std::string& option) {
+    if (std::string path = findBeside(RUNHOST_LIBRARY_DIRECTORIES, fileName); !path.empty()) return path;
     throw UsageError(fileName + " was not found beside this program: name it with " + option);
 }
 
@@ -48,6 +54,15 @@ std::string extensionsPath(const std::string& given) {
 
 std::string backendPath(const std::string& given) {
     return given.empty() ? findLibrary(RUNHOST_SIM_BACKEND_FILE, "--backend") : given;
+}
+
+std::string inspectionPath(const std::string& givenExtensions) {
+    return (fs::path(extensionsPath(givenExtensions)).parent_path() / RUNHOST_INSPECTION_FILE).string();
+}
+
+std::string capabilityLibraryPath(const std::string& fileName) {
+    if (std::string path = findBeside(RUNHOST_CAPABILITY_DIRECTORIES, fileName); !path.empty()) return path;
+    throw UsageError(fileName + " was not found beside this program: install the simulated machine with it");
 }
 
 std::string configPath(const std::string& path) {
@@ -84,9 +99,10 @@ std::vector<std::string> machineNames() {
 }
 
 void useMachine(const fs::path& directory) {
-    if (!platform::standInMachine(directory)) {
+    if (!platform::canStandIn()) {
         throw UsageError("on this system the library sees the real machine only: leave --machine out");
     }
+    platform::standIn(directory);
 }
 
 std::string readFile(const std::string& path) {

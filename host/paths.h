@@ -20,6 +20,11 @@ std::string extensionsPath(const std::string& given);
 // The same for the backend.
 std::string backendPath(const std::string& given);
 
+// The library beside the extension library that tells what is known of the chip.
+std::string inspectionPath(const std::string& givenExtensions);
+// A simulated capability library by its file's name.
+std::string capabilityLibraryPath(const std::string& fileName);
+
 // The path as loadConfig takes it: one that begins like a JSON text would be taken for one.
 std::string configPath(const std::string& path);
 

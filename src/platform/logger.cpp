@@ -5,6 +5,7 @@
 #include <unordered_map>
 #include <utility>
 
+#include "platform/log_sinks.h"
 #include "platform/mutex.h"
 #include "platform/system.h"
 
@@ -21,9 +22,6 @@ constexpr int32_t MAX_LEVEL = ZANT_LOG_LEVEL_DEBUG;
 bool isLevel(int32_t level) {
     return level >= MIN_LEVEL && level <= MAX_LEVEL;
 }
-
-// Stands in for a missing callback as long as the library has no sink of its own.
-void discard(const char*, ZantLogLevel, uint64_t, va_list) {}
 
 uint64_t reverseBytes(uint64_t value) {
     uint64_t reversed = 0;
@@ -71,12 +69,20 @@ private:
 
 LoggerTable g_loggers;
 
-std::shared_ptr<Logger> makeLogger(LogCallback callback, int32_t level) {
+std::shared_ptr<Logger> makeLogger(LogCallback callback, int32_t level, bool readRegistry, int32_t maxLevel) {
+    const uint64_t now = system::wallClockNs();
+    std::shared_ptr<Logger> logger;
     try {
-        return std::make_shared<Logger>(callback != nullptr ? callback : discard, level, system::wallClockNs());
+        logger = std::make_shared<Logger>(callback != nullptr ? callback : writeToStdout, level, now);
     } catch (const std::bad_alloc&) {
         return nullptr;
     }
+    if (callback == nullptr) setStdoutEpoch(now);
+    if (readRegistry) {
+        const RegistrySettings settings = readRegistrySettings(maxLevel);
+        logger->adopt(settings.sink, settings.level.value_or(level));
+    }
+    return logger;
 }
 
 }  // namespace
@@ -110,9 +116,8 @@ void Logger::logArguments(int32_t level, const char* format, va_list arguments) 
     }
 }
 
-uint64_t createLogger(LogCallback callback, int32_t level, int32_t* status, bool /*readRegistry*/,
-                      int32_t /*maxLevel*/) {
-    std::shared_ptr<Logger> logger = makeLogger(callback, level);
+uint64_t createLogger(LogCallback callback, int32_t level, int32_t* status, bool readRegistry, int32_t maxLevel) {
+    std::shared_ptr<Logger> logger = makeLogger(callback, level, readRegistry, maxLevel);
     if (logger != nullptr && status != nullptr) *status = isLevel(level) ? 0 : LOG_STATUS_BAD_LEVEL;
     if (status != nullptr && *status != 0) return 0;
     if (logger == nullptr) return LOG_HANDLE_MASK;

@@ -34,6 +34,12 @@ public:
     void log(int32_t level, const char* file, int32_t line, const char* format, ...) noexcept ZANT_PRINTF_FORMAT(5, 6);
     void logArguments(int32_t level, const char* format, va_list arguments) noexcept;
 
+    // While the logger is being built: another level, and another sink unless it is null.
+    void adopt(LogCallback sink, int32_t level) noexcept {
+        if (sink != nullptr) m_callback = sink;
+        m_level.store(level, std::memory_order_seq_cst);
+    }
+
     int32_t level() const noexcept { return m_level.load(std::memory_order_seq_cst); }
 
 private:
@@ -44,8 +50,9 @@ private:
 
 // Makes a logger and registers it. Returns its handle; the level is checked only when status is given:
 // *status becomes 0, or LOG_STATUS_BAD_LEVEL with nothing registered and 0 returned. When memory is short the handle
-// returned finds nothing and *status stays as it was. With a null callback or with readRegistry the built-in sinks
-// take part; maxLevel bounds the level that the registry may ask for.
+// returned finds nothing and *status stays as it was. Without a callback messages go to the standard output. With
+// readRegistry the user's settings come last: the file that they name takes the place of any callback, and a level from
+// 1 to maxLevel that of level.
 uint64_t createLogger(LogCallback callback, int32_t level, int32_t* status, bool readRegistry, int32_t maxLevel);
 
 // A shared reference keeps the logger alive across a setupLogging on another thread; empty for an unknown handle.

@@ -1,10 +1,15 @@
 #include "soc/hybrid_soc_info.h"
 
+#include "soc/capability_library.h"
+#include "soc/capability_merge.h"
 #include "soc/soc_table.h"
 
 namespace soc {
 
 namespace {
+
+constexpr int32_t ANSWERED_CHIP_NUMBER = 0x7FFFFFFF;
+constexpr const char* ANSWERED_CHIP_NAME = "Dynamic VRD";
 
 SocFacts unknownChip(uint32_t id) {
     SocFacts facts;
@@ -20,22 +25,28 @@ HybridSocInfo::HybridSocInfo(uint32_t id) : SocInfo(unknownChip(id)) {
     makeOnceFlags();
 }
 
-// The place of the merge: a capability library's answers are to be laid over what the row says here.
-
 SocIdentity HybridSocInfo::getSocIdentity() {
-    return SocInfo::getSocIdentity();
+    const CapabilityLibrary library(CapabilityLibrary::FOR_CHIP);
+    if (!library.isAnswering()) return SocInfo::getSocIdentity();
+    return {ANSWERED_CHIP_NUMBER, ANSWERED_CHIP_NAME};
 }
 
 std::vector<CpuInfo> HybridSocInfo::getCpuInfos() {
-    return SocInfo::getCpuInfos();
+    const CapabilityLibrary library(CapabilityLibrary::FOR_CHIP);
+    if (!library.isAnswering()) return SocInfo::getCpuInfos();
+    return {mergeCpuInfo({library, isKnownChip(facts())}, facts().cpuInfos.front())};
 }
 
 std::vector<GpuInfo> HybridSocInfo::getGpuInfos() {
-    return SocInfo::getGpuInfos();
+    const CapabilityLibrary library(CapabilityLibrary::FOR_CHIP);
+    if (!library.isAnswering()) return SocInfo::getGpuInfos();
+    return {mergeGpuInfo({library, isKnownChip(facts())}, facts().gpuInfos.front())};
 }
 
 std::vector<DspInfo> HybridSocInfo::getDspInfos() {
-    return SocInfo::getDspInfos();
+    const CapabilityLibrary library(CapabilityLibrary::FOR_CHIP);
+    if (!library.isAnswering()) return SocInfo::getDspInfos();
+    return {mergeDspInfo({library, isKnownChip(facts())}, facts().dspInfos.front())};
 }
 
 }  // namespace soc

@@ -8,7 +8,8 @@
 
 namespace soc {
 
-// No capability library is bound yet: each getter gives what the row says.
+// Each of the four getters loads the capability library anew, asks it, and unloads it. Where none answers for the chip
+// they give what the row says; else one record, or a name that belongs to no row.
 class HybridSocInfo : public SocInfo {
 public:
     // A chip that no row lists: the identifier (0 when nobody could tell) and default records.

@@ -1,11 +1,12 @@
-// Single facts of the running chip's CPU and GPU, one provider each. They answer without a capability library on the
-// chips of a smaller table.
+// Single facts of the running chip's CPU and GPU, one provider each: from a smaller table of chips, and from a
+// capability library on all others.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <string>
 
+#include "soc/capability_library.h"
 #include "soc/soc_info.h"
 
 namespace soc {
@@ -39,6 +40,18 @@ public:
     virtual uint32_t getValue(T& out, bool available) = 0;
 };
 
+// Of a chip outside that table only a capability library can tell; it is loaded for the one question.
+template <class T>
+uint32_t askCapabilityLibrary(CpuKey key, T& out) {
+    const CapabilityLibrary library(CapabilityLibrary::FOR_PROVIDERS);
+    return getAnswer(library, CPU_CATEGORY, static_cast<uint32_t>(key), out) ? FACT_FOUND : FACT_NOT_ANSWERED;
+}
+template <class T>
+uint32_t askCapabilityLibrary(GpuKey key, T& out) {
+    const CapabilityLibrary library(CapabilityLibrary::FOR_PROVIDERS);
+    return getAnswer(library, GPU_CATEGORY, static_cast<uint32_t>(key), out) ? FACT_FOUND : FACT_NOT_ANSWERED;
+}
+
 // The running chip's row in the table of those that answer without a capability library, else the default row.
 const SocFacts& providerFacts();
 
@@ -51,8 +64,8 @@ public:
     bool isAvailable() override { return true; }
     uint32_t getValue(T& out, bool /*available*/) override {
         const SocFacts& facts = providerFacts();
-        // Of a chip outside the table only a capability library could tell.
-        if (facts.socKey == 0 || m_index >= (facts.*Records).size()) return FACT_NOT_ANSWERED;
+        if (facts.socKey == 0) return askCapabilityLibrary(K, out);
+        if (m_index >= (facts.*Records).size()) return FACT_NOT_ANSWERED;
         out = (facts.*Records)[m_index].*Field;
         return FACT_FOUND;
     }
