@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
-#include <cstdio>
 #include <cstring>
 
 #include "zant_sim/sim_backend.h"
@@ -98,16 +97,6 @@ std::string describeHandle(const void* handle) {
     if (handle == nullptr) return "null";
     if (name == nullptr) return "handle " + hex(value);
     return std::string(name) + " " + std::to_string(value & 0xFFFFFFFFU);
-}
-
-std::string hex(uint64_t value) {
-    std::array<char, 24> text{};
-    const int length = std::snprintf(text.data(), text.size(), "0x%llx", static_cast<unsigned long long>(value));
-    return {text.data(), static_cast<size_t>(length)};
-}
-
-std::string quoted(const char* text) {
-    return text == nullptr ? "null" : "\"" + std::string(text) + "\"";
 }
 
 std::string describeDeviceConfigs(ZantConfigWrapper* const* configs, uint32_t count) {

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string>
 
+#include "text.h"
 #include "zelmar_kor/power_records.h"
 #include "zelmar_kor/provider_record.h"
 
@@ -15,9 +16,6 @@ enum class HandleKind : uint32_t { DEVICE = 1, CONTEXT, GRAPH, MEMORY };
 void* makeHandle(HandleKind kind);
 // "device 1"; a handle that makeHandle did not make shows as its number.
 std::string describeHandle(const void* handle);
-
-std::string hex(uint64_t value);
-std::string quoted(const char* text);
 
 // The device records of a list with a count.
 std::string describeDeviceConfigs(ZantConfigWrapper* const* configs, uint32_t count);

@@ -15,16 +15,6 @@ std::string deviceAndCore(uint32_t deviceId, uint32_t coreId) {
     return "device id " + std::to_string(deviceId) + ", core id " + std::to_string(coreId);
 }
 
-// act: does the work and returns what was wrong with the call.
-template <typename Act>
-uint64_t answer(const std::string& operation, const std::string& arguments, Act act) {
-    uint64_t status = ledger().enter(operation);
-    const std::string misuse = status == 0 ? act() : std::string();
-    if (!misuse.empty()) status = MISUSE_STATUS;
-    ledger().write(operation + "(" + arguments + ")", status, misuse.empty() ? misuse : operation + ": " + misuse);
-    return status;
-}
-
 uint64_t createPowerConfigId(uint32_t deviceId, uint32_t coreId, uint32_t* powerConfigId) {
     return answer("createPowerConfigId", deviceAndCore(deviceId, coreId), [&]() -> std::string {
         if (powerConfigId == nullptr) return "nowhere to put the id";

@@ -3,8 +3,8 @@
 #include <cstring>
 #include <thread>
 
-#include "decode.h"
-#include "zant_sim/sim_backend.h"
+#include "text.h"
+#include "zant_sim/sim_ledger.h"
 
 namespace zant::sim {
 
@@ -28,8 +28,12 @@ uint64_t Ledger::enter(const std::string& operation) {
 
 void Ledger::write(const std::string& callText, uint64_t status, const std::string& misuse) {
     const char* reason = misuse.empty() ? " (scripted failure)" : " (misuse)";
+    add(callText + " -> " + (status == 0 ? "0" : hex(status) + reason), misuse);
+}
+
+void Ledger::add(const std::string& line, const std::string& misuse) {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    m_entries.push_back(callText + " -> " + (status == 0 ? "0" : hex(status) + reason));
+    m_entries.push_back(line);
     if (!misuse.empty()) m_entries.push_back("misuse: " + misuse);
 }
 

@@ -8,6 +8,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 namespace zant::sim {
@@ -20,6 +21,8 @@ public:
     // returns the scripted status; write adds the line, and one more when misuse says what was wrong.
     uint64_t enter(const std::string& operation);
     void write(const std::string& callText, uint64_t status, const std::string& misuse);
+    // A whole line, and one more when misuse says what was wrong.
+    void add(const std::string& line, const std::string& misuse = {});
 
     void failNthCall(const std::string& operation, uint32_t n, uint64_t status);
     void setLatency(const std::string& operation, uint32_t microseconds);
@@ -50,5 +53,22 @@ constexpr uint64_t MISUSE_STATUS = 1001;
 
 // The one ledger of this library.
 Ledger& ledger();
+
+// A call that may be used wrongly. act: does the work unless the script fails the call, and returns what was wrong with
+// it; empty is success. arguments: the text of them, or what makes it once act has run.
+template <typename Arguments, typename Act>
+uint64_t answer(const std::string& operation, const Arguments& arguments, Act act, const std::string& prefix = {}) {
+    uint64_t status = ledger().enter(operation);
+    const std::string misuse = status == 0 ? act() : std::string();
+    if (!misuse.empty()) status = MISUSE_STATUS;
+    std::string text;
+    if constexpr (std::is_invocable_v<Arguments>) {
+        text = arguments();
+    } else {
+        text = arguments;
+    }
+    ledger().write(prefix + operation + "(" + text + ")", status, misuse.empty() ? misuse : operation + ": " + misuse);
+    return status;
+}
 
 }  // namespace zant::sim

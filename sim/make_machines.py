@@ -13,6 +13,9 @@ HEADER = struct.Struct("<4sIBB6s8sI4sI")  # signature, length, revision, checksu
 OEM_REVISION = 1
 OEM_REVISION_405 = 0x8180  # this chip is known by its FACP alone
 
+# Where both drivers lie; the build puts the simulated RPC client library into the directory that this becomes.
+DRIVERS = "\\SystemRoot\\drivers"
+
 # Name of the machine: the two identifiers in its PPTT, or None for the chip without one.
 MACHINES = {
     "chip405": None,
@@ -49,12 +52,12 @@ def topology_table(first, second):
 
 
 def platform(name):
-    """The NPU driver carries the RPC library on the newer chips; elsewhere the RPC driver does."""
+    """The NPU driver carries the RPC library on the newer chips; elsewhere the RPC driver does, from the same place."""
     instance = "ACPI\\KORNPU\\0"
     carries_rpc = name in ("chip538", "chip662", "chip693")
     services = {
-        "cvkordrv": {"binaryPathName": "\\SystemRoot\\System32\\DriverStore\\cvkordrv\\cvkordrv.sys"},
-        "cvdarlink": {"binaryPathName": "\\SystemRoot\\System32\\DriverStore\\cvdarlink\\cvdarlink.sys"},
+        "cvkordrv": {"binaryPathName": f"{DRIVERS}\\cvkordrv.sys"},
+        "cvdarlink": {"binaryPathName": f"{DRIVERS}\\cvdarlink.sys"},
     }
     machine_keys = {
         "SYSTEM\\CurrentControlSet\\Services\\cvkordrv\\Enum": {"0": instance},

@@ -1,26 +1,37 @@
 // The host's half of a model's life: devices, contexts and graphs that are handles and ledger lines.
 #include <mutex>
 #include <set>
+#include <vector>
 
+#include "context_records.h"
+#include "contexts.h"
 #include "decode.h"
 #include "ledger.h"
 #include "power_ids.h"
+#include "regions.h"
 #include "zant_sim/sim_backend.h"
 
 using namespace zant::sim;
 
 namespace {
 
-uint64_t create(HandleKind kind, const char* operation, const std::string& arguments, void** handle) {
-    const uint64_t status = ledger().call(operation, arguments);
-    if (handle == nullptr) return 1;
-    *handle = status == 0 ? makeHandle(kind) : nullptr;
-    return status;
+uint64_t createContext(const char* operation, bool fromBinary, const void* device, ZantConfigWrapper** configs,
+                       uint32_t count, void** context) {
+    const ContextRecords records = readContextRecords(configs, count);
+    if (context != nullptr) *context = nullptr;
+    return answer(operation, describeHandle(device) + ", " + records.text, [&]() -> std::string {
+        if (context == nullptr) return "nowhere to put the context";
+        if (records.misuse.empty()) *context = contexts().create(fromBinary, records.detachable);
+        return records.misuse;
+    });
 }
 
-uint64_t use(const char* operation, const void* handle, const std::string& more = {}) {
-    const uint64_t status = ledger().call(operation, describeHandle(handle) + more);
-    return handle == nullptr ? 1 : status;
+uint64_t addGraph(const char* operation, const std::string& arguments, bool retrieved, const void* context,
+                  void** graph) {
+    if (graph != nullptr) *graph = nullptr;
+    return answer(operation, arguments, [&]() -> std::string {
+        return graph == nullptr ? "nowhere to put the graph" : contexts().addGraph(context, retrieved, *graph);
+    });
 }
 
 std::mutex g_devicesMutex;
@@ -35,7 +46,9 @@ bool removeDevice(const void* device) {
 }  // namespace
 
 uint64_t ZantSim_createDevice(ZantConfigWrapper** configs, uint32_t count, void** device) {
-    const uint64_t status = create(HandleKind::DEVICE, "createDevice", describeDeviceConfigs(configs, count), device);
+    const uint64_t status = ledger().call("createDevice", describeDeviceConfigs(configs, count));
+    if (device == nullptr) return 1;
+    *device = status == 0 ? makeHandle(HandleKind::DEVICE) : nullptr;
     const std::lock_guard<std::mutex> lock(g_devicesMutex);
     if (status == 0) g_devices.insert(*device);
     return status;
@@ -50,23 +63,65 @@ uint64_t ZantSim_freeDevice(void* device) {
 }
 
 uint64_t ZantSim_createContext(void* device, ZantConfigWrapper** configs, uint32_t count, void** context) {
-    return create(HandleKind::CONTEXT, "createContext", describeHandle(device) + ", " + describeConfigs(configs, count),
-                  context);
+    return createContext("createContext", false, device, configs, count, context);
+}
+
+uint64_t ZantSim_createContextFromBinary(void* device, ZantConfigWrapper** configs, uint32_t count, void** context) {
+    return createContext("createContextFromBinary", true, device, configs, count, context);
+}
+
+uint64_t ZantSim_createContextsFromBinaryList(void* device, ZantSimContextRequest* requests, uint32_t requestCount,
+                                              ZantConfigWrapper** common, uint32_t commonCount) {
+    const ContextRecords shared = readContextRecords(common, commonCount);
+    std::string misuse = requests == nullptr || requestCount == 0 ? "no contexts asked for" : shared.misuse;
+    std::string text = describeHandle(device) + ", common: " + shared.text;
+    std::vector<bool> detachable;
+    for (uint32_t i = 0; requests != nullptr && i < requestCount; ++i) requests[i].context = nullptr;
+    for (uint32_t i = 0; misuse.empty() && i < requestCount; ++i) {
+        const ContextRecords records = readContextRecords(requests[i].configs, requests[i].count);
+        text += ", " + quoted(requests[i].key) + ": " + records.text;
+        misuse = records.misuse;
+        detachable.push_back(records.detachable);
+    }
+    return answer("createContextsFromBinaryList", text, [&] {
+        for (uint32_t i = 0; misuse.empty() && i < requestCount; ++i) {
+            requests[i].context = contexts().create(true, detachable[i]);
+        }
+        return misuse;
+    });
 }
 
 uint64_t ZantSim_freeContext(void* context) {
-    return use("freeContext", context);
+    const uint64_t status = answer("freeContext", describeHandle(context), [&] { return contexts().free(context); });
+    const size_t tensors = status == 0 ? regions().removeAll(context) : 0;
+    if (tensors > 0) {
+        ledger().add("leftover: " + describeHandle(context) + " was freed with " + std::to_string(tensors) +
+                     " registered tensors");
+    }
+    return status;
 }
 
 uint64_t ZantSim_createGraph(void* context, const char* name, ZantConfigWrapper** configs, void** graph) {
-    return create(HandleKind::GRAPH, "createGraph",
-                  describeHandle(context) + ", " + quoted(name) + ", " + describeConfigs(configs, UINT32_MAX), graph);
+    const std::string arguments =
+        describeHandle(context) + ", " + quoted(name) + ", " + describeConfigs(configs, UINT32_MAX);
+    return addGraph("createGraph", arguments, false, context, graph);
+}
+
+uint64_t ZantSim_retrieveGraph(void* context, const char* name, void** graph) {
+    return addGraph("retrieveGraph", describeHandle(context) + ", " + quoted(name), true, context, graph);
 }
 
 uint64_t ZantSim_finalizeGraph(void* graph) {
-    return use("finalizeGraph", graph);
+    return answer("finalizeGraph", describeHandle(graph), [&] {
+        return contexts().contextOf(graph) == nullptr ? describeHandle(graph) + " is not there" : "";
+    });
 }
 
 uint64_t ZantSim_executeGraph(void* graph, ZantConfigWrapper** configs, uint32_t count) {
-    return use("executeGraph", graph, ", " + describeConfigs(configs, count));
+    return answer("executeGraph", describeHandle(graph) + ", " + describeConfigs(configs, count), [&] {
+        const void* context = contexts().contextOf(graph);
+        if (context == nullptr) return describeHandle(graph) + " is not there";
+        std::string misuse = contexts().checkAttached(context);
+        return misuse.empty() ? regions().checkMemory(context) : misuse;
+    });
 }

@@ -5,6 +5,8 @@
 #include <mutex>
 #include <utility>
 
+#include "context_operations.h"
+#include "contexts.h"
 #include "decode.h"
 #include "ledger.h"
 #include "power_ids.h"
@@ -55,26 +57,16 @@ struct Operations {
     }
 
     static uint64_t contextSetConfig(void* context, const ZantConfigWrapper** configs) {
-        return ledger().call("contextSetConfig", describeHandle(context) + ", " + describeConfigs(configs, UINT32_MAX),
-                             prefix(Position));
+        return sim::contextSetConfig(prefix(Position), context, configs);
     }
 
     static uint64_t memoryRegister(void* context, const MemRegisterDescriptor* descriptors, uint32_t count,
                                    void** handles) {
-        const uint64_t status =
-            ledger().call("memoryRegister", describeHandle(context) + ", " + std::to_string(count) + " descriptors",
-                          prefix(Position));
-        if (status != 0) return status;
-        if (descriptors == nullptr || handles == nullptr) return 1;
-        for (uint32_t i = 0; i < count; ++i) handles[i] = makeHandle(HandleKind::MEMORY);
-        return 0;
+        return sim::memoryRegister(prefix(Position), context, descriptors, count, handles);
     }
 
     static uint64_t memoryDeregister(void** handles, uint32_t count) {
-        std::string text;
-        for (uint32_t i = 0; handles != nullptr && i < count; ++i)
-            text += (i > 0 ? ", " : "") + describeHandle(handles[i]);
-        return ledger().call("memoryDeregister", text, prefix(Position));
+        return sim::memoryDeregister(prefix(Position), handles, count);
     }
 
     static uint64_t deviceGetInfrastructure(const ZantPerfInfrastructure** infrastructure) {
@@ -89,15 +81,11 @@ struct Operations {
     }
 
     static uint64_t contextGetProperty(void* context, void** properties) {
-        size_t count = 0;
-        while (properties != nullptr && properties[count] != nullptr) ++count;
-        return ledger().call("contextGetProperty",
-                             describeHandle(context) + ", " + std::to_string(count) + " properties", prefix(Position));
+        return sim::contextGetProperty(prefix(Position), context, properties);
     }
 
     static uint64_t contextFinalize(void* context, void* reserved) {
-        return ledger().call("contextFinalize", describeHandle(context) + ", " + describeHandle(reserved),
-                             prefix(Position));
+        return sim::contextFinalize(prefix(Position), context, reserved);
     }
 
     static void fill(ZantProviderRecord& record) {
@@ -178,6 +166,8 @@ void ZantSim_clear() {
     using namespace zant::sim;
     ledger().clear();
     powerIds().clearTimeLine();
+    contexts().setNext({});
+    contexts().setDetachableAnswer(std::nullopt);
     const std::lock_guard<std::mutex> lock(state().mutex);
     state().version = START_VERSION;
     setStartProviders(state());

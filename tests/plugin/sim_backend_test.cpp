@@ -17,17 +17,17 @@ using testing::ElementsAre;
 TEST(SimBackend, FailsTheNthCallOfOneOperationOnce) {
     const Sim sim;
     const ZantProviderRecord& provider = ourProvider(sim);
-    sim.failNthCall("contextFinalize", 2, 7);
-    EXPECT_EQ(provider.contextFinalize(nullptr, nullptr), 0U);
-    EXPECT_EQ(provider.contextSetConfig(nullptr, nullptr), 0U);
-    EXPECT_EQ(provider.contextFinalize(nullptr, nullptr), 7U);
-    EXPECT_EQ(provider.contextFinalize(nullptr, nullptr), 0U);
-    sim.failNthCall("contextFinalize", 0, 9);
-    EXPECT_EQ(provider.contextFinalize(nullptr, nullptr), 9U);
-    EXPECT_EQ(provider.contextFinalize(nullptr, nullptr), 9U);
+    sim.failNthCall("deviceSetConfig", 2, 7);
+    EXPECT_EQ(provider.deviceSetConfig(nullptr, nullptr), 0U);
+    EXPECT_EQ(provider.getApiVersion(nullptr), 0U);
+    EXPECT_EQ(provider.deviceSetConfig(nullptr, nullptr), 7U);
+    EXPECT_EQ(provider.deviceSetConfig(nullptr, nullptr), 0U);
+    sim.failNthCall("deviceSetConfig", 0, 9);
+    EXPECT_EQ(provider.deviceSetConfig(nullptr, nullptr), 9U);
+    EXPECT_EQ(provider.deviceSetConfig(nullptr, nullptr), 9U);
     sim.find<ZantSimClearFn>("ZantSim_clear")();
-    EXPECT_EQ(provider.contextFinalize(nullptr, nullptr), 0U);
-    EXPECT_THAT(sim.ledger(), ElementsAre("contextFinalize(null, null) -> 0"));
+    EXPECT_EQ(provider.deviceSetConfig(nullptr, nullptr), 0U);
+    EXPECT_THAT(sim.ledger(), ElementsAre("deviceSetConfig(null, none) -> 0"));
 }
 
 TEST(SimBackend, AFailedCallGivesNothingOut) {
@@ -38,10 +38,10 @@ TEST(SimBackend, AFailedCallGivesNothingOut) {
     }
     const ZantPerfInfrastructure* table = nullptr;
     void* handle = nullptr;
-    int descriptor = 0;
+    const MemRegisterDescriptor descriptor{};
     ZantApiVersion version{};
     EXPECT_EQ(provider.deviceGetInfrastructure(&table), 1U);
-    EXPECT_EQ(provider.memoryRegister(nullptr, reinterpret_cast<MemRegisterDescriptor*>(&descriptor), 1, &handle), 1U);
+    EXPECT_EQ(provider.memoryRegister(nullptr, &descriptor, 1, &handle), 1U);
     EXPECT_EQ(provider.getApiVersion(&version), 1U);
     EXPECT_EQ(table, nullptr);
     EXPECT_EQ(handle, nullptr);

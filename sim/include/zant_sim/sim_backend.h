@@ -1,12 +1,17 @@
 // The simulated backend's control surface: what a host or a test asks of it besides the contract.
 //
-// The library also exports ZantInterface_getProviders, as any backend does. Everything here is reached by dlsym; the
-// *Fn types name what is found. All functions may be called from any thread. State is one for each loaded library.
+// The library also exports ZantInterface_getProviders, as any backend does, and the ledger of sim_ledger.h. Everything
+// here is reached by dlsym; the *Fn types name what is found. All functions may be called from any thread. State is one
+// for each loaded library. ZantSim_clear also empties the time line of votes. For ZantSim_failNthCall operations have
+// the names of their fields in ZantProviderRecord and ZantPerfInfrastructure, or the names below without "ZantSim_", or
+// "getProviders", which then lists nothing.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 
+#include "zant_sim/sim_ledger.h"
+#include "zelmar_kor/memory_records.h"
 #include "zelmar_kor/power_records.h"
 #include "zelmar_kor/provider_record.h"
 
@@ -26,34 +31,57 @@ struct ZantSimVote {
     PowerConfigRecord records[ZANT_SIM_VOTE_RECORDS];
 };
 
+// What a context wants from outside, in bytes, and how many buffers of its own can be detached.
+struct ZantSimContextBuffers {
+    uint64_t spillFillSize;
+    uint64_t weightsSize;
+    uint64_t spadBackupSize;
+    uint32_t detachableCount;
+};
+
+// A context of ZantSim_createContextsFromBinaryList: its own config list and, when all were made, its handle.
+struct ZantSimContextRequest {
+    const char* key;
+    ZantConfigWrapper** configs;
+    uint32_t count;
+    void* context;
+};
+
+// A region of memory that is registered with a living context.
+struct ZantSimRegion {
+    void* handle;
+    void* context;
+    uint32_t bufferType;  // ZantSharedBufferType
+    int32_t fileDescriptor;
+    uint64_t offset;
+    uint64_t size;  // of a tensor its data's, else the whole block's
+};
+
 extern "C" {
 #pragma GCC visibility push(default)
 
-// The ledger: one line of text for each call, in order, as "operation(arguments) -> result".
-size_t ZantSim_ledgerSize();
-// Writes entry index, cut to capacity and zero-terminated, and returns its whole length; 0 when there is none.
-size_t ZantSim_ledgerEntry(size_t index, char* text, size_t capacity);
-// Empties the ledger and the time line of votes, and puts every setting below back to its start. Power config ids
-// live on.
-void ZantSim_clear();
-
-// Makes the nth call from now (1 is the next) of an operation return status and do nothing. Operations have the
-// names of their fields in ZantProviderRecord and ZantPerfInfrastructure, or the names below without "ZantSim_", or
-// "getProviders", which then lists nothing. n of 0 fails every call.
-void ZantSim_failNthCall(const char* operation, uint32_t n, uint64_t status);
-// Makes every call of an operation take so long before it does anything; 0 takes the latency away.
-void ZantSim_setLatency(const char* operation, uint32_t microseconds);
 // The backend version that getApiVersion answers; 5.51.0 at the start.
 void ZantSim_setApiVersion(uint32_t major, uint32_t minor, uint32_t patch);
 // The backend ids of the provider records, in order, 4 at most; a decoy 3 and then 6 at the start. The operations of
 // the record at position p write "provider p: " before their ledger line when p is not that of the first 6.
 void ZantSim_setProviders(const uint32_t* backendIds, size_t count);
 
-// Wrong use is answered with a failing status and a further ledger line that begins with "misuse: ": an id that was
-// never made or is destroyed, a list that is null or empty or has no null after at most 16 records, a record of an
-// unknown option, for another id or with words beyond its own. Ids left over when the last device is freed get such a
-// line too; the device is freed all the same. Id 0 is the default client's, always there, and destroying it ends its
-// vote.
+// What the next contexts answer, in the order in which they are made; a detachable buffer only when their config asks
+// for them. Contexts beyond the list, and all without one, answer sizes that grow from context to context.
+void ZantSim_setContextBuffers(const ZantSimContextBuffers* list, size_t count);
+// What every context answers when it is asked for its number of detachable buffers, until ZantSim_clear.
+void ZantSim_setDetachableAnswer(int64_t answer);
+
+// Wrong use of votes: an id that was never made or is destroyed, a list that is null or empty or has no null after at
+// most 16 records, a record of an unknown option, for another id or with words beyond its own. Ids left over when the
+// last device is freed count too; the device is freed all the same. Id 0 is the default client's, always there, and
+// destroying it ends its vote.
+//
+// Wrong use of contexts and memory: a handle that was never made or is gone, a config record of an unknown option, of
+// an option that its list holds already or with values that the option does not have, a descriptor that is not what it
+// has to be, a region that does not lie within its memory, a run of a context whose buffers are detached, whose changed
+// buffers were not finalised or whose registered memory is gone. Regions end with their context; of tensors left over
+// the ledger has a line, which is no misuse.
 
 // The time line of votes, in the order in which they took effect.
 size_t ZantSim_voteCount();
@@ -74,19 +102,30 @@ uint32_t ZantSim_threadNumber();
 uint64_t ZantSim_createDevice(ZantConfigWrapper** configs, uint32_t count, void** device);
 uint64_t ZantSim_freeDevice(void* device);
 uint64_t ZantSim_createContext(void* device, ZantConfigWrapper** configs, uint32_t count, void** context);
+uint64_t ZantSim_createContextFromBinary(void* device, ZantConfigWrapper** configs, uint32_t count, void** context);
+// Makes all of the contexts, or none. common: the config list for all.
+uint64_t ZantSim_createContextsFromBinaryList(void* device, ZantSimContextRequest* requests, uint32_t requestCount,
+                                              ZantConfigWrapper** common, uint32_t commonCount);
 uint64_t ZantSim_freeContext(void* context);
-// configs: null, or a list that ends in a null pointer.
+// configs: null, or a list that ends in a null pointer. The context is one that was made without a binary.
 uint64_t ZantSim_createGraph(void* context, const char* name, ZantConfigWrapper** configs, void** graph);
+// The graph of that name in a context that was made from a binary, which holds any that it is asked for.
+uint64_t ZantSim_retrieveGraph(void* context, const char* name, void** graph);
 uint64_t ZantSim_finalizeGraph(void* graph);
 uint64_t ZantSim_executeGraph(void* graph, ZantConfigWrapper** configs, uint32_t count);
+
+// The registered regions, oldest first.
+size_t ZantSim_regionCount();
+// Fills in entry index and returns 1; 0 when there is none.
+uint32_t ZantSim_region(size_t index, ZantSimRegion* region);
+// The first bytes of a region as the device sees them, through the descriptor; 0 for success.
+uint64_t ZantSim_readRegion(const void* handle, void* bytes, size_t count);
+uint64_t ZantSim_writeRegion(const void* handle, const void* bytes, size_t count);
+// How many buffers of a living context are detached just now.
+uint32_t ZantSim_detachedBuffers(const void* context);
 #pragma GCC visibility pop
 }
 
-using ZantSimLedgerSizeFn = decltype(&ZantSim_ledgerSize);
-using ZantSimLedgerEntryFn = decltype(&ZantSim_ledgerEntry);
-using ZantSimClearFn = decltype(&ZantSim_clear);
-using ZantSimFailNthCallFn = decltype(&ZantSim_failNthCall);
-using ZantSimSetLatencyFn = decltype(&ZantSim_setLatency);
 using ZantSimVoteCountFn = decltype(&ZantSim_voteCount);
 using ZantSimVoteFn = decltype(&ZantSim_vote);
 using ZantSimCurrentVoteFn = decltype(&ZantSim_currentVote);
@@ -102,3 +141,13 @@ using ZantSimFreeContextFn = decltype(&ZantSim_freeContext);
 using ZantSimCreateGraphFn = decltype(&ZantSim_createGraph);
 using ZantSimFinalizeGraphFn = decltype(&ZantSim_finalizeGraph);
 using ZantSimExecuteGraphFn = decltype(&ZantSim_executeGraph);
+using ZantSimSetContextBuffersFn = decltype(&ZantSim_setContextBuffers);
+using ZantSimSetDetachableAnswerFn = decltype(&ZantSim_setDetachableAnswer);
+using ZantSimCreateContextFromBinaryFn = decltype(&ZantSim_createContextFromBinary);
+using ZantSimCreateContextsFromBinaryListFn = decltype(&ZantSim_createContextsFromBinaryList);
+using ZantSimRetrieveGraphFn = decltype(&ZantSim_retrieveGraph);
+using ZantSimRegionCountFn = decltype(&ZantSim_regionCount);
+using ZantSimRegionFn = decltype(&ZantSim_region);
+using ZantSimReadRegionFn = decltype(&ZantSim_readRegion);
+using ZantSimWriteRegionFn = decltype(&ZantSim_writeRegion);
+using ZantSimDetachedBuffersFn = decltype(&ZantSim_detachedBuffers);

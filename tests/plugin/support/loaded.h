@@ -40,10 +40,10 @@ private:
     void* m_handle = nullptr;
 };
 
-// The simulated backend, put back to its start.
-class Sim : public Library {
+// A simulated library, put back to its start.
+class Simulated : public Library {
 public:
-    Sim() : Library(SIM_BACKEND_LIBRARY) { find<ZantSimClearFn>("ZantSim_clear")(); }
+    explicit Simulated(const char* path) : Library(path) { find<ZantSimClearFn>("ZantSim_clear")(); }
 
     std::vector<std::string> ledger() const {
         const auto size = find<ZantSimLedgerSizeFn>("ZantSim_ledgerSize");
@@ -56,14 +56,20 @@ public:
         }
         return lines;
     }
+    void failNthCall(const char* operation, uint32_t n, uint64_t status) const {
+        find<ZantSimFailNthCallFn>("ZantSim_failNthCall")(operation, n, status);
+    }
+};
+
+class Sim : public Simulated {
+public:
+    Sim() : Simulated(SIM_BACKEND_LIBRARY) {}
+
     void setVersion(uint32_t major, uint32_t minor) const {
         find<ZantSimSetApiVersionFn>("ZantSim_setApiVersion")(major, minor, 0);
     }
     void setProviders(std::vector<uint32_t> ids) const {
         find<ZantSimSetProvidersFn>("ZantSim_setProviders")(ids.data(), ids.size());
-    }
-    void failNthCall(const char* operation, uint32_t n, uint64_t status) const {
-        find<ZantSimFailNthCallFn>("ZantSim_failNthCall")(operation, n, status);
     }
     ZantInterfaceGetProviders getProviders() const {
         return find<ZantInterfaceGetProviders>("ZantInterface_getProviders");
