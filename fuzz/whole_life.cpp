@@ -1,5 +1,9 @@
 #include "whole_life.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <cstdlib>
 
 #include "platform/driver_directory.h"
@@ -10,6 +14,9 @@ namespace {
 
 zant::test::FakeDarlink& darlink() {
     static zant::test::FakeDarlink* const state = [] {
+        // Documents name files, which are made where they are looked for.
+        if (mkdir(FUZZ_MACHINE "/files", 0755) != 0 && errno != EEXIST) std::abort();
+        if (chdir(FUZZ_MACHINE "/files") != 0) std::abort();
         setenv("ZELMAR_PLATFORM_ROOT", FUZZ_MACHINE, 1);
         setenv("windir", FUZZ_MACHINE "/windows", 1);
         const std::string path = zant::system::joinPath(zant::system::getDriverDirectory(), "libdarlink.dll");

@@ -25,9 +25,6 @@ constexpr DeviceOptionRow DEVICE_OPTIONS[] = {
     {"USE_DYNAMIC_PARTITIONING", KOR_DEVICE_OPTION_USE_DYNAMIC_PARTITIONING, ValueForm::FLAG},
 };
 
-// Every record of the backend is at least an option number and one pointer-sized value.
-constexpr size_t LEAST_RECORD_SIZE = 16;
-
 std::string deviceValue(const KORDeviceCustomConfig& record, ValueForm form) {
     switch (form) {
         case ValueForm::IN_ID:
@@ -64,14 +61,6 @@ DecodedRecord decodeDeviceRecord(const ZantConfigWrapper& wrapper) {
     std::vector<uint8_t> bytes = bytesOf(&record, sizeof(record));
     if (row == std::end(DEVICE_OPTIONS)) return {record.option, {}, "an option not known here", std::move(bytes)};
     return {record.option, row->name, deviceValue(record, row->form), std::move(bytes)};
-}
-
-DecodedRecord dumpRecord(const ZantConfigWrapper& wrapper) {
-    if (!holdsCustomRecord(wrapper)) return notCustom(wrapper);
-    std::vector<uint8_t> bytes = bytesOf(wrapper.customConfig, LEAST_RECORD_SIZE);
-    uint32_t option = 0;
-    std::memcpy(&option, bytes.data(), sizeof(option));
-    return {option, {}, fmt::format("first {} bytes", bytes.size()), std::move(bytes)};
 }
 
 std::string hexText(const std::vector<uint8_t>& bytes) {

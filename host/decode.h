@@ -12,7 +12,7 @@ namespace runhost {
 
 struct DecodedRecord {
     uint32_t number;     // the record's option
-    std::string option;  // its name; empty when the host has no decoder for the record
+    std::string option;  // its name; empty when it is not known here
     std::string value;
     std::vector<uint8_t> bytes;  // the record, or its first bytes when its size is not known here
 };
@@ -21,8 +21,7 @@ DecodedRecord decodeDeviceRecord(const ZantConfigWrapper& wrapper);
 
 DecodedRecord decodeGraphRecord(const ZantConfigWrapper& wrapper);
 
-// A record of a kind that the host has no decoder for.
-DecodedRecord dumpRecord(const ZantConfigWrapper& wrapper);
+DecodedRecord decodeContextRecord(const ZantConfigWrapper& wrapper);
 
 // For decoders: whether there is a custom record, what to say when there is none, and a copy of some bytes.
 bool holdsCustomRecord(const ZantConfigWrapper& wrapper);

@@ -345,9 +345,6 @@ void setThreadName(const char* name) noexcept {
     SetThreadDescription(GetCurrentThread(), wide);
 }
 
-// No provider of events is registered, so that nobody can listen.
-void writeTraceEvent(const char*) noexcept {}
-
 uint64_t wallClockNs() noexcept {
     constexpr uint64_t ticksFrom1601To1970 = 0x19DB1DED53E8000;
     FILETIME now{};
