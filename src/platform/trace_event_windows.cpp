@@ -43,10 +43,13 @@ EVENT_DATA_DESCRIPTOR describe(const void* bytes, size_t size, ULONG kind) {
 // The greatest level that somebody listens to and one more; 0 while nobody does.
 std::atomic<uint32_t> g_enable{0};
 
-void NTAPI noteListener(LPCGUID, ULONG isEnabled, UCHAR level, ULONGLONG, ULONGLONG, PEVENT_FILTER_DESCRIPTOR, PVOID) {
-    if (isEnabled == EVENT_CONTROL_CODE_CAPTURE_STATE) return;
-    const uint32_t listened = level == 0 ? EVERY_LEVEL : uint32_t{level} + 1;
-    g_enable.store(isEnabled == EVENT_CONTROL_CODE_ENABLE_PROVIDER ? listened : 0);
+// What the system says of a listener; not every toolchain's headers name it. 2 asks for a state that there is none of.
+constexpr ULONG LISTENER_GONE = 0;
+constexpr ULONG LISTENER_CAME = 1;
+
+void NTAPI noteListener(LPCGUID, ULONG change, UCHAR level, ULONGLONG, ULONGLONG, PEVENT_FILTER_DESCRIPTOR, PVOID) {
+    if (change == LISTENER_CAME) g_enable.store(level == 0 ? EVERY_LEVEL : uint32_t{level} + 1);
+    if (change == LISTENER_GONE) g_enable.store(0);
 }
 
 // Registered from the first event to the unloading of the library, which the system would else call into.
