@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <string_view>
 
 namespace runhost {
 
@@ -40,6 +41,18 @@ void addGraphNames(const Value& item, std::vector<std::string>& names) {
     }
 }
 
+void addContextKey(const Value& item, std::vector<std::string>& keys) {
+    const Value* key = member(item, "contextKey");
+    if (key == nullptr || !key->IsString() || key->GetStringLength() == 0) return;
+    if (std::find(keys.begin(), keys.end(), key->GetString()) == keys.end()) keys.emplace_back(key->GetString());
+}
+
+bool asksForSharedMemory(const Value& document) {
+    const Value* memory = member(document, "memory");
+    const Value* type = memory == nullptr ? nullptr : member(*memory, "mem_type");
+    return type != nullptr && type->IsString() && type->GetString() == std::string_view("shared_buffer");
+}
+
 }  // namespace
 
 DocumentFacts documentFacts(const std::string& text) {
@@ -57,6 +70,10 @@ DocumentFacts documentFacts(const std::string& text) {
                 if (enable != nullptr && enable->IsTrue()) facts.asksForExtension = true;
             }
         }
+        if (const Value* contexts = arrayMember(document, "context")) {
+            for (const Value& item : contexts->GetArray()) addContextKey(item, facts.contextKeys);
+        }
+        facts.asksForSharedMemory = asksForSharedMemory(document);
     }
     if (facts.graphNames.empty()) facts.graphNames.emplace_back("model");
     return facts;

@@ -7,8 +7,10 @@
 namespace runhost {
 
 struct DocumentFacts {
-    std::vector<std::string> graphNames;  // as the hooks know them; one stand-in name when the document names none
-    bool asksForExtension = false;        // some device sets enable_kor_extension
+    std::vector<std::string> graphNames;   // as the hooks know them; one stand-in name when the document names none
+    std::vector<std::string> contextKeys;  // of the context entries, each once, in their order
+    bool asksForExtension = false;         // some device sets enable_kor_extension
+    bool asksForSharedMemory = false;      // the memory section says shared_buffer
 };
 
 // A text that is no document gives the facts of an empty one: judging it is the library's part.

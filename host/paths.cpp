@@ -65,6 +65,16 @@ std::string capabilityLibraryPath(const std::string& fileName) {
     throw UsageError(fileName + " was not found beside this program: install the simulated machine with it");
 }
 
+std::string rpcLibraryPath() {
+    if (std::string path = findBeside(RUNHOST_DRIVER_DIRECTORIES, RUNHOST_RPC_LIBRARY_FILE); !path.empty()) return path;
+    throw UsageError(RUNHOST_RPC_LIBRARY_FILE
+                     " was not found beside this program: install the simulated machine with it");
+}
+
+void useRpcLibrary(const std::string& path) {
+    platform::nameWindowsDirectory(fs::path(path).parent_path().parent_path());
+}
+
 std::string configPath(const std::string& path) {
     return path.front() == '{' ? "./" + path : path;
 }

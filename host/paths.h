@@ -25,6 +25,11 @@ std::string inspectionPath(const std::string& givenExtensions);
 // A simulated capability library by its file's name.
 std::string capabilityLibraryPath(const std::string& fileName);
 
+// The simulated RPC client library.
+std::string rpcLibraryPath();
+// Makes the folder that holds it the one that the simulated machine's drivers lead to, unless the user has named one.
+void useRpcLibrary(const std::string& path);
+
 // The path as loadConfig takes it: one that begins like a JSON text would be taken for one.
 std::string configPath(const std::string& path);
 

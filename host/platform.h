@@ -24,6 +24,9 @@ void standIn(const std::filesystem::path& directory);
 // Names the file that the simulated capability libraries answer from.
 void nameCapabilities(const std::filesystem::path& file);
 
+// Sets "windir", from which drivers' directories are told, where it is not set.
+void nameWindowsDirectory(const std::filesystem::path& directory);
+
 bool isTerminal(std::FILE* stream);
 
 // Of the calling thread; empty when it has none.

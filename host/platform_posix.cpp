@@ -47,6 +47,11 @@ void nameCapabilities(const fs::path& file) {
     setenv("ZELMAR_SIM_CAPABILITIES", file.c_str(), replace);
 }
 
+void nameWindowsDirectory(const fs::path& directory) {
+    constexpr int keep = 0;
+    setenv("windir", directory.c_str(), keep);
+}
+
 bool isTerminal(std::FILE* stream) {
     return isatty(fileno(stream)) != 0;
 }

@@ -47,6 +47,9 @@ void nameCapabilities(const fs::path& file) {
     _wputenv_s(L"ZELMAR_SIM_CAPABILITIES", file.c_str());
 }
 
+// The system has set it.
+void nameWindowsDirectory(const fs::path&) {}
+
 bool isTerminal(std::FILE* stream) {
     return _isatty(_fileno(stream)) != 0;
 }

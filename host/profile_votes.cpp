@@ -5,6 +5,7 @@
 #include <stdexcept>
 #include <thread>
 
+#include "ledgers.h"
 #include "log_capture.h"
 
 namespace runhost {
@@ -121,7 +122,7 @@ std::vector<ProfileVotes> driveProfiles(const ExtensionLibrary& library, const B
         life.fromTheHold();
         votes.push_back(life.votes());
     }
-    const std::vector<std::string> misuse = Backend::misuseIn(backend.ledger());
+    const std::vector<std::string> misuse = misuseIn(backend.ledger());
     if (!misuse.empty()) throw std::runtime_error(misuse.front());
     return votes;
 }

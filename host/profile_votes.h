@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "modules.h"
+#include "backend.h"
 #include "value_tables.h"
 #include "vote_decode.h"
 

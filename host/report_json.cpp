@@ -67,6 +67,7 @@ std::string jsonReport(const RunReport& report) {
         writer.EndObject();
     });
     writeVotes(writer, report);
+    writeMemory(writer, report);
     writeArray(writer, "ledger", report.ledger, [&](const std::string& line) { writeText(writer, line); });
     writeArray(writer, "misuse", report.misuse, [&](const std::string& line) { writeText(writer, line); });
     writer.EndObject();

@@ -1,5 +1,6 @@
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <iterator>
 
 #include "reports.h"
@@ -31,8 +32,16 @@ void writeRecords(const RecordGroup& group, Out out) {
     }
 }
 
-void writeCall(const CallReport& call, const Style& style, Out out) {
-    fmt::format_to(out, "    {:<4}  {:<24}  {}  {}\n", call.byHost ? "host" : "hook", call.name,
+size_t longestName(const RunReport& report) {
+    size_t longest = 0;
+    for (const StageReport& stage : report.stages) {
+        for (const CallReport& call : stage.calls) longest = std::max(longest, call.name.size());
+    }
+    return longest;
+}
+
+void writeCall(const CallReport& call, size_t nameWidth, const Style& style, Out out) {
+    fmt::format_to(out, "    {:<4}  {:<{}}  {}  {}\n", call.byHost ? "host" : "hook", call.name, nameWidth,
                    outcomeMark(call.outcome, style), call.note);
     for (const RecordGroup& group : call.recordGroups) writeRecords(group, out);
     for (const LogLine& line : call.log) {
@@ -44,20 +53,27 @@ void writeCall(const CallReport& call, const Style& style, Out out) {
     }
 }
 
-void writeLedger(const RunReport& report, const Style& style, Out out) {
-    fmt::format_to(out, "\n{}\n", style.paint(Colour::BOLD, "Ledger: every call that the backend received, in order"));
-    if (!report.backendKeepsLedger) fmt::format_to(out, "    this backend keeps none\n");
-    for (size_t i = 0; i < report.ledger.size(); ++i) {
-        const std::string& line = report.ledger[i];
+void writeLedger(const std::vector<std::string>& ledger, const Style& style, Out out) {
+    for (size_t i = 0; i < ledger.size(); ++i) {
+        const std::string& line = ledger[i];
         fmt::format_to(out, "    {:>3}  {}\n", i + 1,
                        line.starts_with("misuse: ") ? style.paint(Colour::RED, line) : line);
     }
 }
 
+void writeLedgers(const RunReport& report, const Style& style, Out out) {
+    fmt::format_to(out, "\n{}\n", style.paint(Colour::BOLD, "Ledger: every call that the backend received, in order"));
+    if (!report.backendKeepsLedger) fmt::format_to(out, "    this backend keeps none\n");
+    writeLedger(report.ledger, style, out);
+    if (report.memoryLedger.empty()) return;
+    fmt::format_to(out, "\n{}\n", style.paint(Colour::BOLD, "Ledger of the RPC client library"));
+    writeLedger(report.memoryLedger, style, out);
+}
+
 std::string verdict(const RunReport& report, const Style& style) {
     if (report.succeeded) return style.paint(Colour::GREEN, "Every hook succeeded.");
     if (report.misuse.empty()) return style.paint(Colour::RED, "Not every step succeeded: see FAILED above.");
-    return style.paint(Colour::RED, "The backend was used wrongly: see \"misuse\" in the ledger.");
+    return style.paint(Colour::RED, "The simulated machine was used wrongly: see \"misuse\" in the ledgers.");
 }
 
 }  // namespace
@@ -70,12 +86,14 @@ std::string textReport(const RunReport& report, const Style& style) {
                    "\"host\" lines are the host's own steps with the backend in between.\n\n"
                    "    library   {}\n    backend   {}\n    document  {}\n    machine   {}\n    runs      {}\n",
                    report.library, report.backend, report.document, report.machine, report.plan);
+    const size_t nameWidth = longestName(report);
     for (const StageReport& stage : report.stages) {
         fmt::format_to(out, "\n{}: {}\n", style.paint(Colour::BOLD, stage.title), stage.explanation);
-        for (const CallReport& call : stage.calls) writeCall(call, style, out);
+        for (const CallReport& call : stage.calls) writeCall(call, nameWidth, style, out);
     }
     text += votesText(report, style);
-    writeLedger(report, style, out);
+    text += memoryText(report, style);
+    writeLedgers(report, style, out);
     fmt::format_to(out, "\n{}\n", verdict(report, style));
     return text;
 }

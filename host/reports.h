@@ -16,4 +16,8 @@ std::string jsonReport(const RunReport& report);
 std::string votesText(const RunReport& report, const Style& style);
 void writeVotes(JsonWriter& writer, const RunReport& report);
 
+// Their parts about shared memory.
+std::string memoryText(const RunReport& report, const Style& style);
+void writeMemory(JsonWriter& writer, const RunReport& report);
+
 }  // namespace runhost

@@ -7,6 +7,7 @@
 
 #include "decode.h"
 #include "log_capture.h"
+#include "memory_map.h"
 #include "time_line.h"
 
 namespace runhost {
@@ -45,10 +46,12 @@ struct RunReport {
     std::vector<Level> levels;
     uint32_t quietRuns;               // during which no vote came
     uint32_t votingRuns;              // all others
+    MemoryMap memory;                 // empty without shared memory
     std::vector<std::string> ledger;  // the backend's account of all calls; empty when it keeps none
     bool backendKeepsLedger;
-    std::vector<std::string> misuse;  // the ledger's lines about wrong use of the backend
-    bool succeeded;                   // every hook and every step of the host, and nothing was used wrongly
+    std::vector<std::string> memoryLedger;  // the RPC client library's; empty when it was not called
+    std::vector<std::string> misuse;        // lines of both about wrong use
+    bool succeeded;                         // every hook and every step of the host, and nothing was used wrongly
 };
 
 }  // namespace runhost

@@ -1,74 +1,94 @@
 // Drives one object of the extension library through the life of one model.
 #pragma once
 
-#include <chrono>
-#include <optional>
+#include <memory>
 #include <string>
 #include <vector>
 
+#include "backend.h"
 #include "document_facts.h"
-#include "modules.h"
-#include "run_report.h"
+#include "graph_tensors.h"
+#include "run_plan.h"
+#include "simulated_memory.h"
+#include "steps.h"
 
 namespace runhost {
 
-struct RunPlan {
-    std::vector<std::string> graphs;          // the document's when empty
-    std::optional<uint32_t> profile;          // overrides the document's
-    uint32_t iterations = 1;                  // each runs every graph once
-    std::chrono::milliseconds interval{0};    // between iterations
-    std::chrono::milliseconds finalPause{0};  // after the last one
+// What a session works with; all of it has to outlive the session.
+struct SessionParts {
+    const ExtensionLibrary& library;
+    const Backend& backend;
+    const SimulatedMemory* memory;  // null with a backend that is not simulated
 };
 
 class Session {
 public:
-    // config: what loadConfig gets. library and backend have to outlive the session.
-    Session(const ExtensionLibrary& library, const Backend& backend, std::string config, DocumentFacts facts,
-            RunPlan plan, int32_t logLevel);
+    // config: what loadConfig gets. The report gets the stages, the votes, the memory, the ledgers and the result.
+    Session(const SessionParts& parts, std::string config, DocumentFacts facts, RunPlan plan, RunReport& report);
 
-    // Fills in the stages, the votes, the ledger and the result. A hook that the rest depends on ends the life early.
-    void run(RunReport& report);
+    // A hook that the rest depends on ends the life early.
+    void run();
 
 private:
+    struct Context {
+        std::string name;
+        void* handle = nullptr;
+        std::unique_ptr<GraphTensors::Allocator> allocator;
+        std::vector<GraphTensors> tensors;  // none without the allocator
+        bool canRun = true;                 // its own buffers are where they belong
+    };
+    struct Graph {
+        std::string name;
+        void* handle;
+        size_t context;
+    };
+
     bool loadAndBind();
     bool createDevice();
-    void createContext();
+    void runModel();
+    void freeDevice();
+    void collectAccounts();
+
+    // session_contexts.cpp. Whether there are contexts then.
+    bool createContexts();
+    void createOneContext();
+    void createFromBinary();
+    void createFromBinaryList();
+    void nameContexts();
+    void freeContexts();
+
+    // session_graphs.cpp
     void composeGraphs();
+    void retrieveGraphs();
     void finalizeGraphs();
     void executeGraphs();
-    void executeGraph(size_t index);
+    void executeGraph(const Graph& graph);
+    void addGraph(const std::string& name, void* handle, size_t context);
+    void runIteration(uint32_t run, uint32_t& firstQuiet);
     void pause(std::chrono::milliseconds duration);
-    void freeContext();
-    void freeDevice();
-
     const std::vector<std::string>& graphNames() const;
-    void collectAccounts(RunReport& report) const;
-    void stage(const char* title, const char* explanation);
-    // Runs a hook or a step of the host, takes its log lines and adds it to the stage.
-    template <typename Call>
-    CallReport& step(const char* name, bool byHost, Call call);
-    template <typename Call>
-    CallReport& hook(const char* name, Call call) {
-        return step(name, false, call);
-    }
-    template <typename Call>
-    CallReport& hostStep(const char* name, Call call) {
-        return step(name, true, call);
-    }
-    void skip(const char* name, const char* reason);
+
+    // session_memory.cpp
+    void poolBuffers();
+    void allocateTensors();
+    void allocateTensors(Context& context);
+    void releaseTensors();
+    void detachAndAttach();
+    void detachAndAttach(Context& context);
+    void takeMemoryMap();
 
     const ExtensionLibrary& m_library;
     const Backend& m_backend;
+    const SimulatedMemory* const m_memory;
     const std::string m_config;
-    const int32_t m_logLevel;
     const DocumentFacts m_facts;
     const RunPlan m_plan;
-    TimeLine m_timeLine;
-    RunReport* m_report = nullptr;
+    RunReport& m_report;
+    Steps m_steps;
     ExtensionLibrary::Object m_object;
     void* m_device = nullptr;
-    void* m_context = nullptr;
-    std::vector<void*> m_graphs;
+    std::vector<Context> m_contexts;
+    std::vector<Graph> m_graphs;
 };
 
 }  // namespace runhost

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "modules.h"
+#include "backend.h"
 #include "vote_decode.h"
 
 namespace runhost {

@@ -15,9 +15,6 @@ namespace zant::loader {
 
 namespace {
 
-// A path that needs more than this many characters, its end included, counts as one without a name.
-constexpr size_t MODULE_PATH_CAPACITY = 260;
-
 thread_local const char* t_error = "";
 
 // Whoever unloads a module after this library's own end, as a host's late destructor may, finds no set.
@@ -174,8 +171,7 @@ int dlAddr(const void* address, std::string& path) noexcept {
     } catch (const std::bad_alloc&) {
         path.clear();
     }
-    if (path.empty() || path.size() >= MODULE_PATH_CAPACITY) {
-        path.clear();
+    if (path.empty()) {
         t_error = "Failed to get module file name";
         return 0;
     }

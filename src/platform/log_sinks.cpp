@@ -50,13 +50,12 @@ public:
     LogFile() = default;
     LogFile(const LogFile&) = delete;
     LogFile& operator=(const LogFile&) = delete;
-    ~LogFile() { replace(-1); }
+    // Without the lock: where a process ends, a thread that held it may be gone.
+    ~LogFile() { close(m_descriptor); }
 
     void replace(int descriptor) noexcept EXCLUDES(m_mutex) {
         MutexLock lock(m_mutex);
-        const int before = std::exchange(m_descriptor, descriptor);
-        char error[system::ERROR_TEXT_CAPACITY];
-        if (before >= 0) system::closeDescriptor(before, error);
+        close(std::exchange(m_descriptor, descriptor));
     }
     void write(const char* text, size_t size) noexcept EXCLUDES(m_mutex) {
         MutexLock lock(m_mutex);
@@ -64,6 +63,11 @@ public:
     }
 
 private:
+    static void close(int descriptor) noexcept {
+        char error[system::ERROR_TEXT_CAPACITY];
+        if (descriptor >= 0) system::closeDescriptor(descriptor, error);
+    }
+
     Mutex m_mutex;  // held across a write, so that entries do not interleave
     int m_descriptor GUARDED_BY(m_mutex) = -1;
 };

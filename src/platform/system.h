@@ -27,7 +27,7 @@ std::optional<size_t> countModules() noexcept;
 // Fills in at most capacity handles; returns how many were written, or nothing on failure.
 std::optional<size_t> listModules(void** modules, size_t capacity) noexcept;
 // The absolute path of the module that holds an address, as it was when the module was loaded: false when no module
-// does; an empty path when it has no name.
+// does; an empty path when it has no name, or one of 260 characters and more.
 bool moduleFileOfAddress(const void* address, std::string& path);
 
 // --- Files.

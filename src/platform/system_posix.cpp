@@ -23,6 +23,9 @@ namespace zant::system {
 
 namespace {
 
+// A path that needs more than this many characters, its end included, counts as one without a name.
+constexpr size_t MODULE_PATH_CAPACITY = 260;
+
 // The handle of a module in the process, with the reference that dlopen takes given back. The main program's name
 // is the empty text.
 void* handleOfLoaded(const char* name) noexcept {
@@ -63,10 +66,11 @@ std::string_view baseName(std::string_view path) noexcept {
     return path.substr(path.rfind('/') + 1);
 }
 
+// Also true where they cannot be listed for want of memory.
 bool isListed(void* module) noexcept {
     const auto names = moduleNames();
-    return names && std::any_of(names->begin(), names->end(),
-                                [module](const std::string& name) { return handleOfLoaded(name.c_str()) == module; });
+    return !names || std::any_of(names->begin(), names->end(),
+                                 [module](const std::string& name) { return handleOfLoaded(name.c_str()) == module; });
 }
 
 // The kernel's name for the file that the memory at an address came from, empty if there is none.
@@ -202,6 +206,7 @@ bool moduleFileOfAddress(const void* address, std::string& path) {
     // An absolute name is where the module was loaded from, links and all: its siblings lie there. The main program
     // has no name, and a relative one may lead elsewhere since the working directory changed.
     path = *owner->l_name == '/' ? owner->l_name : mappedFile(owner->l_ld);
+    if (path.size() >= MODULE_PATH_CAPACITY) path.clear();
     return true;
 }
 

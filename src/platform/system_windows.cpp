@@ -119,6 +119,7 @@ int descriptorOf(OwnedHandle& file, int access) noexcept {
     const int above = second.isOpen() ? _open_osfhandle(reinterpret_cast<intptr_t>(second.get()), flags) : -1;
     if (above > 0) second.release();
     _close(descriptor);
+    if (above < 0) errno = EMFILE;
     return above;
 }
 

@@ -136,7 +136,11 @@ std::vector<uint8_t> querySerialized(const CapabilityLibrary& library, uint32_t 
 std::pair<int32_t, int32_t> getVersion(const CapabilityLibrary& library) {
     uint8_t major = 0;
     uint8_t minor = 0;
-    if (library.getApiVersion() == nullptr || library.getApiVersion()(&major, &minor) != 0) return {-1, -1};
+    try {
+        if (library.getApiVersion() == nullptr || library.getApiVersion()(&major, &minor) != 0) return {-1, -1};
+    } catch (...) {  // of another house's code
+        return {-1, -1};
+    }
     return {major, minor};
 }
 

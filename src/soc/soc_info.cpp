@@ -45,13 +45,15 @@ std::vector<AuxInfo> SocInfo::getAuxInfos() {
 
 const std::vector<DspInfo>& SocInfo::getDspInfosOnce() {
     if (const auto& flag = m_onceFlags[DSP_INFOS_FLAG]) {
-        std::call_once(*flag, [this] { m_facts.dspInfos = getDspInfos(); });
+        zant::MutexLock lock(flag->mutex);
+        if (!flag->isDone) m_facts.dspInfos = getDspInfos();
+        flag->isDone = true;
     }
     return m_facts.dspInfos;
 }
 
 void SocInfo::makeOnceFlags() {
-    for (auto& flag : m_onceFlags) flag = std::make_shared<std::once_flag>();
+    for (auto& flag : m_onceFlags) flag = std::make_shared<OnceFlag>();
 }
 
 }  // namespace soc

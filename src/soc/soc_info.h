@@ -5,12 +5,12 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <set>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "platform/mutex.h"
 #include "soc/dsp_info.h"
 
 namespace soc {
@@ -69,6 +69,12 @@ struct SocFacts {
     std::set<std::string> nameSet;  // the name and its other spellings
 };
 
+// Whether something was done that is to be done once: a call that throws leaves it to the next one.
+struct OnceFlag {
+    zant::Mutex mutex;  // held while it is done
+    bool isDone GUARDED_BY(mutex) = false;
+};
+
 // Any thread may call getDspInfosOnce. It alone writes: the other getters are for after its first return.
 class SocInfo {
 public:
@@ -101,7 +107,7 @@ protected:
 private:
     SocFacts m_facts;
     // One for each getter, in their order; null in the table's rows, whose facts are never asked of anybody else.
-    std::array<std::shared_ptr<std::once_flag>, 6> m_onceFlags;
+    std::array<std::shared_ptr<OnceFlag>, 6> m_onceFlags;
 };
 
 }  // namespace soc

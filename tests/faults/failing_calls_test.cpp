@@ -13,6 +13,10 @@ constexpr Factory FACTORY{createBackendInterface, destroyBackendInterface};
 
 class FailingCalls : public testing::TestWithParam<Road> {
 protected:
+    void SetUp() override {
+        if (!HAS_MEMORY_FOR_ALL_LIVES) GTEST_SKIP() << "too many threads for the thread sanitizer";
+    }
+
     size_t callsOfACleanLife(bool isShort) {
         ModelLife life(FACTORY, config.c_str(), "p");
         neighbours.fail({});

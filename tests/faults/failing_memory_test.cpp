@@ -14,6 +14,10 @@ constexpr Factory FACTORY{createBackendInterface, destroyBackendInterface};
 
 class FailingMemory : public testing::TestWithParam<Road> {
 protected:
+    void SetUp() override {
+        if (!HAS_MEMORY_FOR_ALL_LIVES) GTEST_SKIP() << "too many threads for the thread sanitizer";
+    }
+
     // Fails allocations at every position until a life needs none of them.
     void failEach(bool fromThenOn) {
         const size_t descriptors = openDescriptors();

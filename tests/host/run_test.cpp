@@ -28,7 +28,8 @@ TEST_P(RunExample, SucceedsAndSaysSo) {
 
 INSTANTIATE_TEST_SUITE_P(Examples, RunExample,
                          testing::Values("minimal.json", "burst_async_voting.json", "custom_corners_object.json",
-                                         "custom_corners_array.json", "graph_options.json", "shared_contexts.json"));
+                                         "custom_corners_array.json", "graph_options.json", "shared_contexts.json",
+                                         "binary_list.json"));
 
 TEST(Run, WithoutADocumentShowsTheWholeLifeInOrder) {
     const ProcessResult result = runHost("run");

@@ -12,6 +12,14 @@ namespace zant::test {
 enum class Road { compose, binary, binaryList };
 inline constexpr Road ROADS[] = {Road::compose, Road::binary, Road::binaryList};
 
+// The thread sanitizer keeps memory for every thread that ever was: under it there is none for thousands of lives, each
+// of which has a thread or two.
+#if defined(__SANITIZE_THREAD__)
+inline constexpr bool HAS_MEMORY_FOR_ALL_LIVES = false;
+#else
+inline constexpr bool HAS_MEMORY_FOR_ALL_LIVES = true;
+#endif
+
 // Of a test's parameter.
 template <class Info>
 std::string roadName(const Info& info) {

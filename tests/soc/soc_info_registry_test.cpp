@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <new>
+#include <utility>
 
 #include "support/twice.h"
 
@@ -36,6 +38,23 @@ public:
     std::vector<DspInfo> getDspInfos() override { return std::vector<DspInfo>(2 + calls++); }
     std::atomic<size_t> calls = 0;
 };
+
+class ThrowingOnce : public HybridSocInfo {
+public:
+    ThrowingOnce() : HybridSocInfo(0) {}
+    std::vector<DspInfo> getDspInfos() override {
+        if (!std::exchange(hasThrown, true)) throw std::bad_alloc();
+        return std::vector<DspInfo>(3);
+    }
+    bool hasThrown = false;
+};
+
+// fault: a first call that fails hangs the second, or leaves it the failure's list.
+TEST(SocInfoRegistry, AFailedFirstCallIsMadeAgain) {
+    ThrowingOnce chip;
+    EXPECT_THROW(chip.getDspInfosOnce(), std::bad_alloc);
+    EXPECT_EQ(chip.getDspInfosOnce().size(), 3U);
+}
 
 TEST(SocInfoRegistry, TwoThreadsShareOneChipAndOneDspList) {
     for (int i = 0; i < 100; ++i) {

@@ -12,6 +12,9 @@ std::set<std::string> exportedNames(const std::string& path);
 
 bool isLoaded(const std::string& path);
 
+// Whether the simulated machine notices memory that took the place of other memory under the same descriptor.
+bool seesMemoryReplaced();
+
 // Names the calling thread.
 void nameThread(const char* name);
 

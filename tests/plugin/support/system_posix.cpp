@@ -45,6 +45,10 @@ bool isLoaded(const std::string& path) {
     return library != nullptr;
 }
 
+bool seesMemoryReplaced() {
+    return true;
+}
+
 void nameThread(const char* name) {
     pthread_setname_np(pthread_self(), name);
 }

@@ -50,6 +50,10 @@ bool isLoaded(const std::string& path) {
     return GetModuleHandleW(std::filesystem::path(path).make_preferred().c_str()) != nullptr;
 }
 
+bool seesMemoryReplaced() {
+    return false;
+}
+
 void nameThread(const char* name) {
     SetThreadDescription(GetCurrentThread(), std::filesystem::path(name).c_str());
 }
