@@ -4,6 +4,7 @@
 #include <optional>
 #include <system_error>
 
+#include "capability_stage.h"
 #include "commands.h"
 #include "paths.h"
 #include "reports.h"
@@ -58,7 +59,8 @@ int run(const RunOptions& options) {
     const std::string text = useExample ? EXAMPLE_TEXT : documentText(options.document);
     report.document = useExample ? fmt::format("the example {}", EXAMPLE_NAME) : options.document;
 
-    const ExtensionLibrary library(report.library);
+    const CapabilityStage stage(options.capabilities);
+    const ExtensionLibrary library(stage.place(report.library));
     const Backend backend(report.backend);
     std::optional<SimulatedMemory> memory;
     if (backend.isSimulated()) {

@@ -118,6 +118,8 @@ void addRunOptions(CLI::App& app, RunOptions& options) {
     addPlanOptions(app, options);
     app.add_option("--machine", options.machine,
                    "machine to run as: a name such as chip538 or unknown, or a directory (default: this one)");
+    app.add_option("--capabilities", options.capabilities,
+                   "answers of a simulated capability library, a JSON file (default: the machine's own library)");
     app.add_option("--backend", options.backend, "backend library (default: the simulated one)");
     app.add_option("--library", options.library, "extension library (default: the one found beside this program)");
     app.add_option("--log-level", options.logLevel, "1 errors, 2 warnings, 3 info, 4 verbose, 5 debug")

@@ -17,6 +17,7 @@ namespace runhost {
 struct RunOptions {
     std::string document;
     std::string machine;
+    std::string capabilities;  // what a capability library answers, a file; empty for none
     std::string backend;
     std::string library;
     std::vector<std::string> graphs;
