@@ -85,7 +85,7 @@ std::string cornersText(const CornerNames& corners) {
 }
 
 std::string voteText(const DecodedVote& vote) {
-    const std::string extras = fmt::format("{}", fmt::join(vote.extras, ", "));
+    std::string extras = fmt::format("{}", fmt::join(vote.extras, ", "));
     if (!vote.holdsCorners) return extras;
     return fmt::format("bus {}, core {}, sleep {} us, {}{}{}", cornersText(vote.bus), cornersText(vote.core),
                        vote.sleepLatencyUs, shortName(vote.powerMode), extras.empty() ? "" : ", ", extras);

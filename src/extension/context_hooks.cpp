@@ -60,9 +60,9 @@ bool KORBackend::beforeContextCreateFromBinaryList(
     std::map<std::string, std::pair<uint32_t, ZantConfigWrapper**>>* perContext, ZantConfigWrapper*** list,
     uint32_t* count) {
     return guarded("beforeContextCreateFromBinaryList", false, [&] {
-        if (!hasOutPointers("beforeContextCreateFromBinaryList", perContext == nullptr ? nullptr : list, count)) {
-            return false;
-        }
+        const bool hasPlaces =
+            hasOutPointers("beforeContextCreateFromBinaryList", perContext == nullptr ? nullptr : list, count);
+        if (!hasPlaces || perContext == nullptr) return false;
         const bool voted =
             voteEvent(GRAPH_INIT_START, false, "PerfDriver not available before creating contexts from binary list",
                       "PerfDriver setState GRAPH_INIT_START failed before creating contexts from binary list");

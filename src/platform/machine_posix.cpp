@@ -144,7 +144,7 @@ std::optional<std::wstring> environmentVariable(const wchar_t* name) {
 std::string narrow(const std::wstring& text) {
     StringOutput output;
     for (const wchar_t unit : text) {
-        const auto codepoint = static_cast<unsigned>(unit);
+        const unsigned codepoint{static_cast<char32_t>(unit)};
         const bool isValid = codepoint <= 0x10FFFF && (codepoint < 0xD800 || codepoint > 0xDFFF);
         rapidjson::UTF8<>::Encode(output, isValid ? codepoint : static_cast<unsigned>(REPLACEMENT));
     }
