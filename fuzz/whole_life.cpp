@@ -6,7 +6,7 @@
 #include <cerrno>
 #include <cstdlib>
 
-#include "platform/driver_directory.h"
+#include "buffers/darlink_library.h"
 #include "platform/dynamic_loader.h"
 
 namespace fuzz {
@@ -19,7 +19,7 @@ zant::test::FakeDarlink& darlink() {
         if (chdir(FUZZ_MACHINE "/files") != 0) std::abort();
         setenv("ZELMAR_PLATFORM_ROOT", FUZZ_MACHINE, 1);
         setenv("windir", FUZZ_MACHINE "/windows", 1);
-        const std::string path = zant::system::joinPath(zant::system::getDriverDirectory(), "libdarlink.dll");
+        const std::string path = zant::kor::DarlinkLibrary::defaultPath();
         void* library = zant::loader::dlOpen(path.c_str(), zant::loader::DL_NOW | zant::loader::DL_LOCAL);
         const auto find =
             reinterpret_cast<decltype(&fakeDarlinkState)>(zant::loader::dlSym(library, "fakeDarlinkState"));

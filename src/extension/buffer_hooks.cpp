@@ -46,6 +46,15 @@ private:
     std::vector<const ZantConfigWrapper*> m_list;
 };
 
+// What the context needs of one kind, told at level 3; 0 for a kind that it has no pool for.
+uint64_t sizeNeeded(const ZantProviderRecord& backend, void* context, const std::string& poolId, uint32_t property,
+                    const char* line) {
+    if (poolId.empty()) return 0;
+    const uint64_t size = queryBufferSize(backend, context, property);
+    ZANT_LOG_INFO(line, context, static_cast<unsigned long>(size));
+    return size;
+}
+
 }  // namespace
 
 std::unique_ptr<IBufferAlloc>& KORBackend::getBufferAllocator(std::unique_ptr<IBufferAlloc>& holder) {
@@ -62,22 +71,13 @@ bool KORBackend::allocateExternalBuffers(void* context, std::string spillFillPoo
     return guarded("allocateExternalBuffers", false, [&] {
         if (spillFillPoolId.empty() && spadBackupPoolId.empty() && weightsPoolId.empty()) return false;
         m_contextEntries.ensure(context);
-        SharedBufferPool::Sizes sizes;
-        if (!spillFillPoolId.empty()) {
-            sizes.spillFill = queryBufferSize(m_interface, context, ZANT_CONTEXT_PROPERTY_SPILL_FILL_SIZE);
-            ZANT_LOG_INFO("allocateExternalBuffers: spillFill size for ctx=%p is %lu", context,
-                          static_cast<unsigned long>(sizes.spillFill));
-        }
-        if (!spadBackupPoolId.empty()) {
-            sizes.spadBackup = queryBufferSize(m_interface, context, ZANT_CONTEXT_PROPERTY_SPAD_BACKUP_SIZE);
-            ZANT_LOG_INFO("allocateExternalBuffers: spadBackup size for ctx=%p is %lu", context,
-                          static_cast<unsigned long>(sizes.spadBackup));
-        }
-        if (!weightsPoolId.empty()) {
-            sizes.weights = queryBufferSize(m_interface, context, ZANT_CONTEXT_PROPERTY_WEIGHTS_SIZE);
-            ZANT_LOG_INFO("allocateExternalBuffers: weights size for ctx=%p is %lu", context,
-                          static_cast<unsigned long>(sizes.weights));
-        }
+        const SharedBufferPool::Sizes sizes{
+            sizeNeeded(m_interface, context, spillFillPoolId, ZANT_CONTEXT_PROPERTY_SPILL_FILL_SIZE,
+                       "allocateExternalBuffers: spillFill size for ctx=%p is %lu"),
+            sizeNeeded(m_interface, context, spadBackupPoolId, ZANT_CONTEXT_PROPERTY_SPAD_BACKUP_SIZE,
+                       "allocateExternalBuffers: spadBackup size for ctx=%p is %lu"),
+            sizeNeeded(m_interface, context, weightsPoolId, ZANT_CONTEXT_PROPERTY_WEIGHTS_SIZE,
+                       "allocateExternalBuffers: weights size for ctx=%p is %lu")};
         return m_bufferPools.registerContext({spillFillPoolId, spadBackupPoolId, weightsPoolId}, context, sizes,
                                              &m_interface.functions40);
     });

@@ -260,7 +260,7 @@ int openForUpdate(const char* path, std::string& error) {
 bool closeDescriptor(int descriptor, char (&error)[ERROR_TEXT_CAPACITY]) noexcept {
     // After an interrupted close the descriptor is gone: a second close could hit another's.
     if (close(descriptor) == 0 || errno == EINTR) return true;
-    std::snprintf(error, sizeof(error), "%s", strerrordesc_np(errno));
+    (void)std::snprintf(error, sizeof(error), "%s", strerrordesc_np(errno));
     return false;
 }
 

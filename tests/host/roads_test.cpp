@@ -1,6 +1,5 @@
 // runhost run on each road to contexts, with external buffers, tensors and detached buffers.
 #include <gmock/gmock.h>
-#include <rapidjson/document.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -8,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "plugin/support/process.h"
+#include "plugin/support/report.h"
 
 namespace {
 
@@ -17,13 +16,6 @@ using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
-
-rapidjson::Document json(const std::string& arguments) {
-    const ProcessResult result = runHost(arguments + " --json");
-    rapidjson::Document report;
-    EXPECT_FALSE(report.Parse(result.output.c_str()).HasParseError()) << result.output;
-    return report;
-}
 
 std::string binaryList(const std::string& arguments) {
     return "run '" + example("binary_list.json") + "' --road binary-list " + arguments;

@@ -1,12 +1,11 @@
 // Votes as a user sees them: the time line of a run, and the table of profiles. Both come from the library that ships.
 #include <gmock/gmock.h>
-#include <rapidjson/document.h>
 
 #include <algorithm>
 #include <map>
 #include <regex>
 
-#include "plugin/support/process.h"
+#include "plugin/support/report.h"
 
 namespace {
 
@@ -14,13 +13,6 @@ using namespace testing_support;
 using testing::AllOf;
 using testing::HasSubstr;
 using testing::Not;
-
-rapidjson::Document json(const std::string& arguments) {
-    const ProcessResult result = runHost(arguments + " --json");
-    rapidjson::Document report;
-    EXPECT_FALSE(report.Parse(result.output.c_str()).HasParseError()) << result.output;
-    return report;
-}
 
 // "stage thread bus target corner" of each vote that holds corners.
 std::vector<std::string> voteList(const rapidjson::Document& report) {

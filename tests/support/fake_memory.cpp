@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <sstream>
 
+#include "buffers/darlink_library.h"
 #include "platform/driver_directory.h"
 #include "platform/dynamic_loader.h"
 #include "support/environment.h"
@@ -41,7 +42,7 @@ uintptr_t number(const void* handle) {
 }  // namespace
 
 FakeDarlink& fakeDarlink() {
-    const std::string path = system::joinPath(system::getDriverDirectory(), "libdarlink.dll");
+    const std::string path = kor::DarlinkLibrary::defaultPath();
     static void* const library = loader::dlOpen(path.c_str(), loader::DL_NOW | loader::DL_LOCAL);
     static const auto state = reinterpret_cast<decltype(&fakeDarlinkState)>(loader::dlSym(library, "fakeDarlinkState"));
     if (state == nullptr) std::abort();
