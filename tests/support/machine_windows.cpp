@@ -14,23 +14,23 @@ namespace {
 
 using Service = std::unique_ptr<std::remove_pointer_t<SC_HANDLE>, decltype(&CloseServiceHandle)>;
 
-Service openManager() {
-    return {OpenSCManagerW(nullptr, nullptr, SC_MANAGER_CREATE_SERVICE), CloseServiceHandle};
-}
-
-bool createService(const std::string& name, const char* binary) {
-    const Service manager = openManager();
-    const Service service(
-        CreateServiceA(manager.get(), name.c_str(), nullptr, SERVICE_ALL_ACCESS, SERVICE_KERNEL_DRIVER,
-                       SERVICE_DEMAND_START, SERVICE_ERROR_IGNORE, binary, nullptr, nullptr, nullptr, nullptr, nullptr),
-        CloseServiceHandle);
-    return service != nullptr;
+// Held for good: with a connection for each call, wine's service control manager loses one now and then.
+SC_HANDLE manager() {
+    static const Service manager(OpenSCManagerW(nullptr, nullptr, SC_MANAGER_CREATE_SERVICE), CloseServiceHandle);
+    return manager.get();
 }
 
 void deleteService(const std::string& name) {
-    const Service manager = openManager();
-    const Service service(OpenServiceA(manager.get(), name.c_str(), DELETE), CloseServiceHandle);
+    const Service service(OpenServiceA(manager(), name.c_str(), DELETE), CloseServiceHandle);
     if (service != nullptr) DeleteService(service.get());
+}
+
+bool createService(const std::string& name, const char* binary) {
+    const Service service(
+        CreateServiceA(manager(), name.c_str(), nullptr, SERVICE_ALL_ACCESS, SERVICE_KERNEL_DRIVER,
+                       SERVICE_DEMAND_START, SERVICE_ERROR_IGNORE, binary, nullptr, nullptr, nullptr, nullptr, nullptr),
+        CloseServiceHandle);
+    return service != nullptr;
 }
 
 HKEY rootOf(const std::string& name) {
@@ -80,7 +80,7 @@ bool Machine::become(const std::string& platform) {
     rapidjson::Document wanted;
     wanted.Parse<rapidjson::kParseIterativeFlag>(platform.c_str());
     if (!wanted.IsObject()) return true;  // no machine at all
-    bool done = openManager() != nullptr;
+    bool done = manager() != nullptr;
     if (done && wanted.HasMember("services")) {
         for (const auto& [name, service] : wanted["services"].GetObject()) {
             m_services.emplace_back(name.GetString());
