@@ -1,5 +1,6 @@
 #include "context_operations.h"
 
+#include <algorithm>
 #include <cstring>
 #include <vector>
 
@@ -49,7 +50,7 @@ std::string answerProperty(const void* context, void* bytes, std::string& text) 
         int32_t* target = static_cast<ContextFdsProperty*>(bytes)->fileDescriptors;
         if (misuse.empty() && target == nullptr && !list.empty()) misuse = "nowhere to put the descriptors";
         if (!misuse.empty()) return misuse;
-        if (!list.empty()) std::memcpy(target, list.data(), list.size() * sizeof(int32_t));
+        std::copy(list.begin(), list.end(), target);
         text += " " + listText(list);
         return {};
     }

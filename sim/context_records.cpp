@@ -20,33 +20,33 @@ constexpr uint32_t LIST_LIMIT = 4096;
 enum class Form { ON, FLAG, NUMBER, NUMBER64, PAIR, DETACHABLE, FILE, GROUPS };
 
 struct OptionRow {
-    uint32_t option;
     const char* name;
+    uint32_t option;
     Form form;
 };
 
 constexpr OptionRow OPTIONS[] = {
-    {KOR_CONTEXT_OPTION_WEIGHT_SHARING, "weight sharing", Form::ON},
-    {KOR_CONTEXT_OPTION_SPILL_FILL_GROUP, "spill fill group", Form::PAIR},
-    {KOR_CONTEXT_OPTION_FILE_READ_MEMORY_BUDGET, "file read memory budget", Form::NUMBER64},
-    {KOR_CONTEXT_OPTION_DSP_MEMORY_PROFILING, "dsp memory profiling", Form::ON},
-    {KOR_CONTEXT_OPTION_SHARE_RESOURCES, "share resources", Form::ON},
-    {KOR_CONTEXT_OPTION_IO_MEMORY_ESTIMATION, "io memory estimation", Form::ON},
-    {KOR_CONTEXT_OPTION_PREPARE_ONLY, "prepare only", Form::ON},
-    {KOR_CONTEXT_OPTION_INIT_ACCELERATION, "init acceleration", Form::ON},
-    {KOR_CONTEXT_OPTION_SKIP_BINARY_VALIDATION, "skip binary validation", Form::ON},
-    {KOR_CONTEXT_OPTION_SHARE_RESOURCES_TYPE, "share resources type", Form::NUMBER},
-    {KOR_CONTEXT_OPTION_EXTENDED_UDMA, "extended udma", Form::FLAG},
-    {KOR_CONTEXT_OPTION_CONCURRENT_GROUP, "concurrent group", Form::PAIR},
-    {KOR_CONTEXT_OPTION_LORA_WEIGHT_SHARING, "lora weight sharing", Form::ON},
-    {KOR_CONTEXT_OPTION_DETACHABLE_BUFFERS, "detachable buffers", Form::DETACHABLE},
-    {KOR_CONTEXT_OPTION_LORA_RAM_PRELOAD, "lora ram preload", Form::ON},
-    {KOR_CONTEXT_OPTION_REUSED_IO_LIMIT, "reused io limit", Form::NUMBER64},
-    {KOR_CONTEXT_OPTION_REFERENCE_WEIGHT_SHARING, "reference weight sharing", Form::ON},
-    {KOR_CONTEXT_OPTION_DESERIALIZATION_PATCH, "deserialization patch", Form::FILE},
-    {KOR_CONTEXT_OPTION_GRAPH_SPLITTING, "graph splitting", Form::ON},
-    {KOR_CONTEXT_OPTION_LORA_PRELOAD_GROUPS, "lora preload groups", Form::GROUPS},
-    {KOR_CONTEXT_OPTION_NUM_PREPARE_THREADS, "prepare threads", Form::NUMBER},
+    {"weight sharing", KOR_CONTEXT_OPTION_WEIGHT_SHARING, Form::ON},
+    {"spill fill group", KOR_CONTEXT_OPTION_SPILL_FILL_GROUP, Form::PAIR},
+    {"file read memory budget", KOR_CONTEXT_OPTION_FILE_READ_MEMORY_BUDGET, Form::NUMBER64},
+    {"dsp memory profiling", KOR_CONTEXT_OPTION_DSP_MEMORY_PROFILING, Form::ON},
+    {"share resources", KOR_CONTEXT_OPTION_SHARE_RESOURCES, Form::ON},
+    {"io memory estimation", KOR_CONTEXT_OPTION_IO_MEMORY_ESTIMATION, Form::ON},
+    {"prepare only", KOR_CONTEXT_OPTION_PREPARE_ONLY, Form::ON},
+    {"init acceleration", KOR_CONTEXT_OPTION_INIT_ACCELERATION, Form::ON},
+    {"skip binary validation", KOR_CONTEXT_OPTION_SKIP_BINARY_VALIDATION, Form::ON},
+    {"share resources type", KOR_CONTEXT_OPTION_SHARE_RESOURCES_TYPE, Form::NUMBER},
+    {"extended udma", KOR_CONTEXT_OPTION_EXTENDED_UDMA, Form::FLAG},
+    {"concurrent group", KOR_CONTEXT_OPTION_CONCURRENT_GROUP, Form::PAIR},
+    {"lora weight sharing", KOR_CONTEXT_OPTION_LORA_WEIGHT_SHARING, Form::ON},
+    {"detachable buffers", KOR_CONTEXT_OPTION_DETACHABLE_BUFFERS, Form::DETACHABLE},
+    {"lora ram preload", KOR_CONTEXT_OPTION_LORA_RAM_PRELOAD, Form::ON},
+    {"reused io limit", KOR_CONTEXT_OPTION_REUSED_IO_LIMIT, Form::NUMBER64},
+    {"reference weight sharing", KOR_CONTEXT_OPTION_REFERENCE_WEIGHT_SHARING, Form::ON},
+    {"deserialization patch", KOR_CONTEXT_OPTION_DESERIALIZATION_PATCH, Form::FILE},
+    {"graph splitting", KOR_CONTEXT_OPTION_GRAPH_SPLITTING, Form::ON},
+    {"lora preload groups", KOR_CONTEXT_OPTION_LORA_PRELOAD_GROUPS, Form::GROUPS},
+    {"prepare threads", KOR_CONTEXT_OPTION_NUM_PREPARE_THREADS, Form::NUMBER},
 };
 
 uint32_t optionOf(const void* record) {
@@ -144,7 +144,7 @@ std::string readBufferState(const void* record, BufferStates& states) {
 ContextRecords readContextRecords(const ZantConfigWrapper* const* configs, uint32_t count) {
     ContextRecords result;
     std::set<uint32_t> options;
-    if (count > LIST_LIMIT || (count > 0 && configs == nullptr)) result.misuse = "a list that can't be";
+    if (count > LIST_LIMIT || (count > 0 && configs == nullptr)) return {"none", "a list that can't be"};
     for (uint32_t i = 0; i < count && result.misuse.empty(); ++i) {
         result.misuse = wrapperMisuse(configs[i]);
         if (!result.misuse.empty()) break;
@@ -161,7 +161,7 @@ ContextRecords readContextRecords(const ZantConfigWrapper* const* configs, uint3
 
 BufferStates readBufferStates(const ZantConfigWrapper* const* configs) {
     BufferStates result;
-    if (configs == nullptr || configs[0] == nullptr) result.misuse = "no records";
+    if (configs == nullptr || configs[0] == nullptr) return {"", "no records", {}};
     for (uint32_t i = 0; result.misuse.empty() && configs[i] != nullptr; ++i) {
         result.misuse = i < LIST_LIMIT ? wrapperMisuse(configs[i]) : "a list without an end";
         if (!result.misuse.empty()) break;

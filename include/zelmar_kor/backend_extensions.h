@@ -57,6 +57,7 @@ public:
 
 namespace zant::tools::runhost {
 
+// A hook that takes list and count leaves both untouched when there is nothing to hand over.
 class IBackend {
 public:
     virtual ~IBackend() = default;
@@ -88,9 +89,9 @@ public:
     virtual bool afterGraphFinalize() = 0;
     virtual bool reservedTrueHook4() = 0;
     virtual bool reservedTrueHook5() = 0;
-    // list and count stay untouched when there is nothing to hand over.
     virtual bool beforeGraphExecute(const char* graphName, ZantConfigWrapper*** list, uint32_t* count) = 0;
     virtual bool afterGraphExecute() = 0;
+    // A null handle ends the call: it fails, and the handles behind it stay as they are.
     virtual bool beforeContextFree(std::vector<void*> contexts) = 0;
     virtual bool afterContextFree() = 0;
     virtual bool reservedTrueHook6() = 0;
@@ -98,7 +99,9 @@ public:
     virtual bool beforeContextCreateFromBinary(ZantConfigWrapper*** list, uint32_t* count) = 0;
     virtual bool afterContextCreateFromBinary() = 0;
     virtual bool setContextName(void* /*context*/, std::string /*name*/) { return true; }
-    // perContext: the host's map from context key to that context's list; list and count: the list for all.
+    // perContext: the host's map from context key to that context's list; list and count: the list for all. A key that
+    // is in the map already keeps its value. After false the lists may hold wrappers that lead nowhere: pass none on,
+    // but call the "after" hook.
     virtual bool beforeContextCreateFromBinaryList(
         std::map<std::string, std::pair<uint32_t, ZantConfigWrapper**>>* perContext, ZantConfigWrapper*** list,
         uint32_t* count) = 0;

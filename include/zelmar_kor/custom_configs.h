@@ -154,7 +154,8 @@ static_assert(sizeof(KORGraphCustomConfig::Setting::First) == 4);
 static_assert(sizeof(KORGraphCustomConfig::Finalize::Value) == 8);
 
 // One graph name and the config list that applies to it, handed to the host by beforeGraphsCompose. Both are
-// borrowed until afterGraphsCompose; the list ends in a null pointer, or is null when it has no wrappers.
+// borrowed until afterGraphsCompose; the list ends in a null pointer, or is null when it has no wrappers. The name of a
+// graph config without one is empty: it applies to no graph.
 struct GraphConfigInfo_t {
     const char* graphName;
     ZantConfigWrapper** configs;

@@ -226,6 +226,11 @@ namespace {
 
 constexpr int NOT_REGULAR = -1;
 
+const char* errorText(int code) noexcept {
+    const char* text = strerrordesc_np(code);  // null for a number that the C library does not know
+    return text != nullptr ? text : "Unknown error";
+}
+
 // Refuses what would block, or what a write would do more to than change a file. An error number, 0 for none.
 int checkRegularFile(int descriptor) noexcept {
     struct stat status {};
@@ -253,14 +258,14 @@ int openForUpdate(const char* path, std::string& error) {
     }
     if (code == 0) return descriptor;
     if (descriptor >= 0) close(descriptor);
-    error = code == NOT_REGULAR ? "Not a regular file" : strerrordesc_np(code);
+    error = code == NOT_REGULAR ? "Not a regular file" : errorText(code);
     return -1;
 }
 
 bool closeDescriptor(int descriptor, char (&error)[ERROR_TEXT_CAPACITY]) noexcept {
     // After an interrupted close the descriptor is gone: a second close could hit another's.
     if (close(descriptor) == 0 || errno == EINTR) return true;
-    (void)std::snprintf(error, sizeof(error), "%s", strerrordesc_np(errno));
+    (void)std::snprintf(error, sizeof(error), "%s", errorText(errno));
     return false;
 }
 
