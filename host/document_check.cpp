@@ -8,6 +8,7 @@
 #include <set>
 #include <string_view>
 
+#include "custom_arrays.h"
 #include "log_capture.h"
 #include "mending.h"
 #include "message_faults.h"
@@ -73,7 +74,9 @@ std::vector<Fault> findAbsurdNumbers(Node& root) {
 class Rounds {
 public:
     Rounds(const ExtensionLibrary& library, const Schema& schema, Node& root)
-        : m_library(library), m_schema(schema), m_root(root), m_unknown(findUnknownKeys(schema, root)) {}
+        : m_library(library), m_schema(schema), m_root(root), m_unknown(findUnknownKeys(schema, root)) {
+        for (const Fault& fault : findMeetingArrays(root)) m_findings.insert(findingOf(fault));
+    }
 
     std::set<Finding> run(const std::string& firstConfig) {
         std::string config = firstConfig;

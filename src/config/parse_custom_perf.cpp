@@ -198,6 +198,8 @@ bool parseLegacyCustomPerf(const FlatKey& key, KORCoreConfig& core) {
     return parseForStates<parseDruControl, &State::dru>(key, core, DRU_STATES);
 }
 
+// A new item's first key flushes the one before it into the core that is being read, and the document's last item goes
+// into the first device's: with arrays in several devices, the last item of each goes to the next one's core.
 bool KORConfigParser::parseCustomPerfItem(const FlatKey& key, KORCoreConfig& core) {
     const IndexElement element = key.after(KeyElement::custom);
     if (!element.isDigits()) return false;

@@ -1,5 +1,5 @@
 // Perf profile and graph state numbers that the code itself names. They are wire values; the names of all stand in
-// option_tables.cpp.
+// zelmar_kor/value_names.h and, for graph states, in option_tables.cpp.
 #pragma once
 
 #include <cstdint>

@@ -184,6 +184,13 @@ TEST(Check, WarningsAloneAreClean) {
     EXPECT_EQ(runHost("check '" + document.path() + "'").status, 0);
 }
 
+TEST(Check, CustomArraysOfSeveralDevicesRunIntoOneAnother) {
+    const std::string one = R"({"cores":[{"custom":[{"graphState":["init_start"],"druControl":{"druPerfMode":1}}]}]})";
+    EXPECT_THAT(findingsIn("{\"devices\":[" + one + "]}"), ElementsAre());
+    EXPECT_THAT(findingsIn("{\"devices\":[" + one + "," + one + "]}"),
+                ElementsAre(HasSubstr("warning: \"custom\" is an array in an earlier device too")));
+}
+
 TEST(Check, AnUnreadableFileIsAnErrorOnStandardError) {
     const ProcessResult result = runHost("check no/such.json '" + example("minimal.json") + "'");
     EXPECT_EQ(result.status, 1);
