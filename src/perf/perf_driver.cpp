@@ -100,6 +100,7 @@ void KORDevicePerfDriver::takeDownTimer() {
     {
         MutexLock lock(m_mutex);
         timer = std::move(m_perfDriverTimer);
+        m_timerArmed = false;
     }
     if (timer != nullptr) timer->shutdown();
 }
@@ -254,7 +255,7 @@ void KORDevicePerfDriver::beginHold() {
 }
 
 bool KORDevicePerfDriver::isHoldRunning() {
-    if (!m_timerArmed || m_perfDriverTimer == nullptr) return false;
+    if (!m_timerArmed) return false;
     const uint32_t remaining = m_perfDriverTimer->remaining();
     return remaining > 0 && remaining < HOLD_US;
 }

@@ -184,6 +184,10 @@ TEST_F(HooksTest, GraphOptionsRefuseAnIndexBeyondTheEnd) {
 TEST_F(HooksTest, GraphOptionsWithoutAnArchitectureNeedNoDevice) {
     ASSERT_TRUE(m_backend.loadConfig(R"({"graphs":[{"num_cores":1},{"num_cores":1},{"num_cores":1}]})"));
     EXPECT_TRUE(setOptions(2, "", 4));
+    m_log.take();
+    EXPECT_FALSE(setOptions(2, "V73"));
+    EXPECT_THAT(m_log.takeTexts(), ElementsAre("1 dsp_arch V73 has no device config at index 2"));
+    EXPECT_TRUE(setOptions(2, "V73")) << "each call makes one device config";
 }
 
 }  // namespace

@@ -85,6 +85,7 @@ TEST_F(OneShotTimerTest, RefusesWhatItCannotDoBeforeCreateAndAfterShutdown) {
         EXPECT_FALSE(timer.create(nullptr, nullptr));
         EXPECT_EQ(timer.remaining(), 0U);
         EXPECT_TRUE(timer.stop());
+        EXPECT_TRUE(timer.stopUnlessFiring());
         ASSERT_TRUE(timer.start(5));
         ASSERT_TRUE(m_clock.awaitSleeper(5 * NS_PER_US));
         m_clock.advance(5 * NS_PER_US);

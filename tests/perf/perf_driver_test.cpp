@@ -93,6 +93,16 @@ TEST_F(PerfDriverTest, AFailedVoteEndsThePass) {
     EXPECT_THAT(log.takeTexts(), ElementsAre("1 Perf Infra set power config failed: [6]",
                                              "1 Sync call perfDriverStateUpdate() failed to update state: 1"));
     EXPECT_THAT(after(INIT_DONE), ElementsAre("idle 4 1")) << "as if nothing had happened";
+    // An end of a hold and an expiry that would vote after a failed vote cast none either.
+    const std::pair<uint8_t, uint8_t> passes[] = {{RUN_START, INIT_START}, {DEINIT_DONE, EXPIRED}};
+    for (const auto& [failing, next] : passes) {
+        begin(5);
+        m_infra.answer = [votes = 0](const std::string&) mutable { return ++votes == 1 ? 6U : 0U; };
+        m_driver->setState(failing, true);
+        EXPECT_THAT(after(next), IsEmpty()) << int{failing};
+        EXPECT_EQ(m_infra.takeCalls().size(), 1U);
+    }
+    log.take();
     begin(1, true);
     m_infra.answer = [](const std::string& call) { return call[0] == 's' ? 6U : 0U; };
     m_driver->setState(RUN_START, true);
@@ -196,6 +206,8 @@ TEST_F(PerfDriverTest, EachVoteIsCastOnItsThread) {
         EXPECT_EQ(voter(INIT_DONE, false), self);
         const auto runner = voter(RUN_START, async);
         EXPECT_EQ(runner != self, async);
+        EXPECT_TRUE(m_driver->initialize(m_infra.provider()));
+        EXPECT_TRUE(!async || voter(RUN_START, true) == runner) << "one voting thread for each driver";
         if (async) {
             EXPECT_FALSE(name.empty());
             EXPECT_TRUE(std::string("zant_perf_driver").starts_with(name)) << name << ", which the system may have cut";

@@ -343,6 +343,11 @@ TEST_F(PowerVotesTest, IdsAreMadeByArchitectureAndClientContext) {
         EXPECT_TRUE(m_votes.destroyPowerConfigIds());
         EXPECT_THAT(m_infra->takeCalls(), IsEmpty()) << "all are gone";
     }
+    EXPECT_TRUE(setUp(coreWith(1), 79, {3, 3}));
+    EXPECT_TRUE(m_votes.voteProfile(0));
+    EXPECT_THAT(m_infra->takeCalls(), ElementsAre("set 101")) << "the first id of a core that stands twice";
+    m_infra->table.destroyPowerConfigId = nullptr;
+    EXPECT_FALSE(m_votes.destroyPowerConfigIds());
     setUp(coreWith(1), 68);
     m_votes.destroyPowerConfigIds();
     m_infra->fetchStatus = 1;
