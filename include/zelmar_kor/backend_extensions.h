@@ -74,8 +74,8 @@ public:
     // The first device's profiling level, 0 when none was configured.
     virtual uint32_t getProfilingLevel() = 0;
     // config: the path of a JSON document, or the document itself when the first character is '{'. A further
-    // load writes over the records of earlier ones, index by index, and adds to their lists; what it does not name keeps
-    // its value: better make a new object for each document. After a failure what was filled so far stays.
+    // load writes over the records of earlier ones, index by index, and adds to their lists; what it does not name
+    // keeps its value: better make a new object for each document. After a failure what was filled so far stays.
     virtual bool loadConfig(std::string config) = 0;
     virtual bool acceptSharedReference(std::shared_ptr<void> reference) = 0;
     virtual bool reservedTrueHook1() = 0;
