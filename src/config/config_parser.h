@@ -17,9 +17,10 @@ namespace zant::kor {
 class KORConfigParser {
 public:
     // config: the JSON text itself when its first character is '{', else the path of a file; an empty one succeeds
-    // with nothing done. A load fills the records from the first on, index by index, and appends those that are
-    // missing. After a failure, logged at level 1, the records stay as far as they were filled. Throws
-    // std::out_of_range for an index without a record, and std::bad_alloc.
+    // with nothing done. A load fills the records from the first on, index by index. For each index that it meets
+    // it appends one, even where earlier loads left one: those stay unused behind the others. After a failure, logged
+    // at level 1, the records stay as far as they were filled. Throws std::out_of_range for an index without a record,
+    // and std::bad_alloc.
     bool parseConfig(const std::string& config, std::vector<KORDeviceConfig>& devices,
                      std::vector<KORGraphConfig>& graphs, std::vector<KORContextConfig>& contexts,
                      KORGroupContextConfig& groupContext, KORMemoryConfig& memory);

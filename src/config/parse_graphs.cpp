@@ -1,6 +1,7 @@
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
+#include <algorithm>
 #include <array>
 #include <stdexcept>
 #include <string>
@@ -181,7 +182,11 @@ bool GraphWalk::handle(const FlatKey& key) {
 
 bool parseGraphs(const ConfigDocument& document, const FlatKeyList& keys, std::vector<KORGraphConfig>& graphs) {
     const JsonValue* items = findValue(document, "graphs");
-    if (items != nullptr && items->IsArray()) graphs.reserve(graphs.size() + items->Size());
+    if (items != nullptr && items->IsArray()) {
+        // Items without a key make no record.
+        const size_t keyed = keys.positionsOf(KeySection::graphs).size();
+        graphs.reserve(graphs.size() + std::min<size_t>(items->Size(), keyed));
+    }
     GraphWalk walk{SectionRecords<KORGraphConfig>(graphs), items};
     return walkSection(keys, walk);
 }

@@ -27,7 +27,8 @@ enum class KORValueType : uint32_t {
 };
 
 // Reads the key as a JSON pointer, with a '/' put in front unless it has one. Null when it reaches nothing; an empty
-// key logs "Empty key provided." at level 1 first. Logs nothing else and does not throw.
+// key logs "Empty key provided." at level 1 first. Logs nothing else and throws nothing but
+// std::bad_alloc.
 const JsonValue* findValue(const ConfigDocument& document, std::string_view key);
 const JsonValue* findValue(const FlatKey& key);
 
