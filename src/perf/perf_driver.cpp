@@ -200,11 +200,15 @@ bool KORDevicePerfDriver::perfDriverStateUpdate() {
     }
     const FamilySteps& steps = stepsOf(family, m_votes.sustainsCustomState());
     bool result = true;
+    bool beganHold = false;
     for (size_t i = 0; i < steps.size(); ++i) {
         const EventColumn& column = EVENT_ORDER[i];
         if (!steps[i].isLookedAt || (m_eventBitMask & column.event) == 0) continue;
+        // An expiry that waited while a hold began is of an earlier one: its low vote would stand below this hold.
+        const bool isStale = column.event == TIMER_EXPIRED && beganHold && isHoldRunning();
         // After a failed vote the rest of the pass casts none, and its events are gone all the same.
-        result = runStep(steps[i], column.state, result) && result;
+        if (!isStale) result = runStep(steps[i], column.state, result) && result;
+        beganHold = beganHold || steps[i].hold == HoldStep::begin;
         m_eventBitMask = static_cast<uint8_t>(m_eventBitMask & ~column.event);
     }
     return result;
@@ -257,7 +261,7 @@ void KORDevicePerfDriver::beginHold() {
 bool KORDevicePerfDriver::isHoldRunning() {
     if (!m_timerArmed) return false;
     const uint32_t remaining = m_perfDriverTimer->remaining();
-    return remaining > 0 && remaining < HOLD_US;
+    return remaining > 0 && remaining <= HOLD_US;  // the whole of it in the clock tick of the start
 }
 
 // The deadline may pass between the look at the remaining time and the stop. The callback then waits for m_mutex, so

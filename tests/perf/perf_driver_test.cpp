@@ -77,6 +77,11 @@ TEST_F(PerfDriverTest, PendingEventsMergeAndGoInTheirFixedOrder) {
     m_driver->setState(RUN_START, true);
     EXPECT_THAT(after(RUN_START), IsEmpty()) << "merged with the pending one";
     begin(5);
+    m_driver->m_asyncVoting = true;  // without the thread
+    m_driver->setState(EXPIRED, true);
+    EXPECT_THAT(after(RUN_DONE), IsEmpty()) << "an earlier hold's end";
+    EXPECT_THAT(after(RUN_START), IsEmpty()) << "the high vote still stands";
+    begin(5);
     m_driver->setState(RUN_START, true);
     EXPECT_THAT(after(RUN_DONE), IsEmpty()) << "the hold begins and ends at once";
     m_clock.advance(400 * NS_PER_MS);
