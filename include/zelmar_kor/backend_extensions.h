@@ -57,7 +57,8 @@ public:
 
 namespace zant::tools::runhost {
 
-// A hook that takes list and count leaves both untouched when there is nothing to hand over.
+// A hook that takes list and count may leave both untouched when there is nothing to hand over, or set the count to 0:
+// give both a value before the call. The reserved hooks return what their names say, without a message.
 class IBackend {
 public:
     virtual ~IBackend() = default;
@@ -76,6 +77,7 @@ public:
     // config: the path of a JSON document, or the document itself when the first character is '{'. A further
     // load writes over the records of earlier ones, index by index, and adds to their lists; what it does not name
     // keeps its value: better make a new object for each document. After a failure what was filled so far stays.
+    // A member that "custom" does not know fails the load without a message.
     virtual bool loadConfig(std::string config) = 0;
     virtual bool acceptSharedReference(std::shared_ptr<void> reference) = 0;
     virtual bool reservedTrueHook1() = 0;
@@ -99,6 +101,7 @@ public:
     virtual bool reservedTrueHook7() = 0;
     virtual bool beforeContextCreateFromBinary(ZantConfigWrapper*** list, uint32_t* count) = 0;
     virtual bool afterContextCreateFromBinary() = 0;
+    // True even when memory is too short for the name, which is then told.
     virtual bool setContextName(void* /*context*/, std::string /*name*/) { return true; }
     // perContext: the host's map from context key to that context's list; list and count: the list for all. A key that
     // is in the map already keeps its value. After false the lists may hold wrappers that lead nowhere: pass none on,
@@ -136,8 +139,12 @@ public:
     virtual bool setGraphOptions(int32_t index, std::string dspArch, uint32_t spadMb, std::string graphName,
                                  uint32_t optimizationLevel, uint32_t dlbc, uint32_t referenceWeightSharing,
                                  uint32_t sluThreads) = 0;
+    // Enters the context into a pool for each kind; an empty id leaves a kind out. An id is "name:N", N the number of
+    // contexts that the pool waits for. True once all its pools are complete; false without a message as long as one
+    // waits, and for three empty ids.
     virtual bool allocateExternalBuffers(void* context, std::string spillFillPoolId, std::string spadBackupPoolId,
                                          std::string weightsPoolId) = 0;
+    // Gives the pools their memory, after all contexts were entered.
     virtual bool finalizeExternalBufferPools() { return true; }
     virtual void reservedVoidHook1() = 0;
     // False without a message: whether the first context config asks for detachable buffers.

@@ -121,7 +121,7 @@ bool KORBackend::afterContextApplyBinarySection() {
 }
 
 bool KORBackend::setContextName(void* context, std::string name) {
-    return guarded("setContextName", false, [&] {
+    return guarded("setContextName", true, [&] {
         m_contextEntries.setName(context, std::move(name));
         return true;
     });

@@ -129,8 +129,7 @@ std::unique_ptr<KORDevicePerfDriver> KORBackend::makePerfDriver() noexcept {
 }
 
 bool KORBackend::afterDeviceCreate() {
-    return guarded("afterDeviceCreate", false, [&] {
-        clearDeviceLists();
+    const bool result = guarded("afterDeviceCreate", false, [&] {
         if (m_perfDriverDisabled) return true;
         if (m_deviceConfigs.empty()) {
             ZANT_LOG_ERROR("No device config after device create: beforeDeviceCreate comes first");
@@ -146,6 +145,8 @@ bool KORBackend::afterDeviceCreate() {
         if (m_perfProfile != PERF_PROFILE_NOT_SET) device.core.perfProfile = m_perfProfile;
         return setUpPerfDriver(device);
     });
+    clearDeviceLists();
+    return result;
 }
 
 bool KORBackend::beforeDeviceFree() {

@@ -1,9 +1,13 @@
-// A std::mutex that clang's thread safety analysis can follow. Members guarded by one are marked GUARDED_BY.
+// A mutex that clang's thread safety analysis can follow. Members guarded by one are marked GUARDED_BY.
 #pragma once
 
 #include <chrono>
-#include <condition_variable>
-#include <mutex>
+
+#if defined(_WIN32)
+#include "platform/native_lock_windows.h"
+#else
+#include "platform/native_lock_posix.h"
+#endif
 
 #if defined(__clang__)
 #define ZANT_THREAD_ANNOTATION(attribute) __attribute__((attribute))
@@ -28,7 +32,7 @@ public:
 
 private:
     friend class ConditionVariable;
-    std::mutex m_mutex;
+    NativeLock m_mutex;
 };
 
 class SCOPED_CAPABILITY MutexLock {
@@ -45,21 +49,15 @@ private:
 // Waits with a Mutex, which is held when wait is called and when it returns. Wake-ups may be spurious.
 class ConditionVariable {
 public:
-    void wait(Mutex& mutex) REQUIRES(mutex) {
-        std::unique_lock<std::mutex> lock(mutex.m_mutex, std::adopt_lock);
-        m_condition.wait(lock);
-        lock.release();
-    }
+    void wait(Mutex& mutex) REQUIRES(mutex) { m_condition.wait(mutex.m_mutex); }
     void waitUntil(Mutex& mutex, std::chrono::steady_clock::time_point deadline) REQUIRES(mutex) {
-        std::unique_lock<std::mutex> lock(mutex.m_mutex, std::adopt_lock);
-        m_condition.wait_until(lock, deadline);
-        lock.release();
+        m_condition.waitUntil(mutex.m_mutex, deadline);
     }
-    void notifyOne() noexcept { m_condition.notify_one(); }
-    void notifyAll() noexcept { m_condition.notify_all(); }
+    void notifyOne() noexcept { m_condition.notifyOne(); }
+    void notifyAll() noexcept { m_condition.notifyAll(); }
 
 private:
-    std::condition_variable m_condition;
+    NativeCondition m_condition;
 };
 
 }  // namespace zant
