@@ -51,6 +51,7 @@ int openForUpdate(const char* path, std::string& error);
 constexpr size_t ERROR_TEXT_CAPACITY = 128;
 bool closeDescriptor(int descriptor, char (&error)[ERROR_TEXT_CAPACITY]) noexcept;
 
+// The paths of these two are texts of the registry: in the process's code page on Windows.
 // True when something is at the path, which may have been made just now: an empty file of the user's alone.
 bool ensureFile(const char* path) noexcept;
 // Opens a file for writing behind its end as it is now, and makes it if it is absent. A file that has no such end does

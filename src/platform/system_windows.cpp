@@ -76,10 +76,10 @@ private:
 
 // Others may read, write, rename and delete the file meanwhile, and no child process inherits it. A pipe's server does
 // not get to act as this process.
-HANDLE openShared(const char* path, DWORD access, DWORD disposition) {
+HANDLE openShared(const std::wstring& path, DWORD access, DWORD disposition) {
     constexpr DWORD share = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
     constexpr DWORD flags = FILE_ATTRIBUTE_NORMAL | SECURITY_SQOS_PRESENT | SECURITY_ANONYMOUS;
-    return CreateFileW(widen(path).c_str(), access, share, nullptr, disposition, flags, nullptr);
+    return CreateFileW(path.c_str(), access, share, nullptr, disposition, flags, nullptr);
 }
 
 // A folder does not open as a file; of what does, consoles, pipes and volumes are none.
@@ -200,7 +200,7 @@ bool moduleFileOfAddress(const void* address, std::string& path) {
 
 ReadFileStatus readWholeFile(const char* path, size_t maxSize, FileContents& contents) noexcept {
     try {
-        const OwnedHandle file(openShared(path, GENERIC_READ, OPEN_EXISTING));
+        const OwnedHandle file(openShared(widen(path), GENERIC_READ, OPEN_EXISTING));
         LARGE_INTEGER fileSize{};
         if (!file.isOpen() || !isRegularFile(file.get(), fileSize)) return ReadFileStatus::cannotOpen;
         if (static_cast<uint64_t>(fileSize.QuadPart) > maxSize) return ReadFileStatus::noMemory;
@@ -215,7 +215,7 @@ ReadFileStatus readWholeFile(const char* path, size_t maxSize, FileContents& con
 }
 
 int openForUpdate(const char* path, std::string& error) {
-    OwnedHandle file(openShared(path, GENERIC_READ | GENERIC_WRITE, OPEN_ALWAYS));
+    OwnedHandle file(openShared(widen(path), GENERIC_READ | GENERIC_WRITE, OPEN_ALWAYS));
     LARGE_INTEGER size{};
     if (!file.isOpen()) {
         error = systemErrorText(GetLastError());
@@ -238,8 +238,9 @@ bool closeDescriptor(int descriptor, char (&error)[ERROR_TEXT_CAPACITY]) noexcep
 
 bool ensureFile(const char* path) noexcept {
     try {
-        return GetFileAttributesW(widen(path).c_str()) != INVALID_FILE_ATTRIBUTES ||
-               OwnedHandle(openShared(path, GENERIC_READ | GENERIC_WRITE, OPEN_ALWAYS)).isOpen();
+        const std::wstring wide = widen(path, CP_ACP, 0);
+        return GetFileAttributesW(wide.c_str()) != INVALID_FILE_ATTRIBUTES ||
+               OwnedHandle(openShared(wide, GENERIC_READ | GENERIC_WRITE, OPEN_ALWAYS)).isOpen();
     } catch (const std::bad_alloc&) {
         return false;
     }
@@ -247,7 +248,7 @@ bool ensureFile(const char* path) noexcept {
 
 int openForAppend(const char* path) noexcept {
     try {
-        OwnedHandle file(openShared(path, GENERIC_WRITE, OPEN_ALWAYS));
+        OwnedHandle file(openShared(widen(path, CP_ACP, 0), GENERIC_WRITE, OPEN_ALWAYS));
         if (!file.isOpen() || GetFileType(file.get()) != FILE_TYPE_DISK) return -1;
         if (SetFilePointerEx(file.get(), LARGE_INTEGER{}, nullptr, FILE_END) == 0) return -1;
         return descriptorOf(file, _O_WRONLY);

@@ -1,8 +1,8 @@
 // The chip table as rows of data. soc_table.cpp makes records of them.
 //
 // The chips that the firmware can name (538 in row 60, 662 in 88, 693 in 94, and 405, 435, 475, 497, 498) have their
-// architecture, and row 72 is whole. All other values are placeholders, within the columns' ranges, for data of the
-// target's own, as are the names, "Chip" and the key.
+// architecture, and the DSPs of row 72 are whole. All other values are placeholders, within the columns' ranges, for
+// data of the target's own, as are the names, "Chip" and the key.
 #pragma once
 
 #include <array>

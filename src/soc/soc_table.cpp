@@ -103,6 +103,7 @@ std::vector<DspInfo> makeDualDsp(DspInfo first) {
     addDomains(first, {{"cdsp", 3}, {"cdsp1", 4}, {"cdsp2", 7}, {"cdsp3", 8}});
     second.cap7 = 2;
     second.cap8 = 4;
+    second.cap14 = 1;
     second.cap16 = {1, 1, 1};
     second.cap45 = 1;
     second.cap46 = {{0, 3}, {1, 3}, {2, 3}};
