@@ -41,10 +41,12 @@ Neighbours::Neighbours(FakeDarlink& darlink) : m_darlink(darlink) {
     m_provider.memoryRegister = memoryRegister;
     m_provider.memoryDeregister = memoryDeregister;
     m_darlink.allow = takeCall;
+    m_darlink.descriptor = [](int usual) { return static_cast<int>(number(static_cast<uint64_t>(usual))); };
 }
 
 Neighbours::~Neighbours() {
     m_darlink.allow = nullptr;
+    m_darlink.descriptor = nullptr;
     g_neighbours = nullptr;
 }
 

@@ -34,7 +34,9 @@ FAKE_DARLINK_EXPORT int darmem_to_fd(void* address) {
     const std::lock_guard lock(g_mutex);
     if (!isAllowed("to fd")) return -1;
     for (const auto& block : g_state.blocks) {
-        if (block.address == address) return g_state.failToFd ? -1 : block.fileDescriptor;
+        if (block.address != address) continue;
+        if (g_state.failToFd) return -1;
+        return g_state.descriptor == nullptr ? block.fileDescriptor : g_state.descriptor(block.fileDescriptor);
     }
     return -1;
 }

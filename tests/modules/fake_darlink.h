@@ -15,6 +15,7 @@ struct FakeDarlink {
     };
     std::vector<Block> blocks;  // those that live
     int blocksMade = 0;
+    int (*descriptor)(int usual) = nullptr;          // may answer another one
     bool (*allow)(const char* operation) = nullptr;  // asked before each call, null: all are allowed
     bool failAlloc = false;
     bool failToFd = false;
