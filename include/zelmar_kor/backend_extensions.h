@@ -37,6 +37,8 @@ using ZantLogCallback = void (*)(const char* format, ZantLogLevel level, uint64_
 namespace zant::tools::iotensor {
 
 // Memory for a host's tensors. Statuses are 0 for success and 1 for failure. The slot order is the interface.
+// initialize comes first, once. allocate and release must not overlap; getBuffer may run beside them. Release all
+// tensors before the allocator goes: what is left stays allocated and registered.
 class IBufferAlloc {
 public:
     virtual ~IBufferAlloc() = default;
@@ -44,7 +46,8 @@ public:
     virtual uint32_t initialize(void* context, const void* backendFunctions) = 0;
     // Where the tensor's data begins, null for a tensor that this allocator does not hold.
     virtual void* getBuffer(void* tensor) = 0;
-    // tensors: an array of count tensor records of 144 bytes each, which must not move until released.
+    // tensors: an array of count tensor records of 144 bytes each, which must not move until released. After a
+    // failure the tensors before the failing one have their memory, and are released one by one.
     virtual uint32_t allocate(void* tensors, uint32_t count) = 0;
     virtual uint32_t release(void* tensor) = 0;
     virtual uint32_t reservedAllocatorHook1() { return 0; }
@@ -140,15 +143,18 @@ public:
                                  uint32_t optimizationLevel, uint32_t dlbc, uint32_t referenceWeightSharing,
                                  uint32_t sluThreads) = 0;
     // Enters the context into a pool for each kind; an empty id leaves a kind out. An id is "name:N", N the number of
-    // contexts that the pool waits for. True once all its pools are complete; false without a message as long as one
-    // waits, and for three empty ids.
+    // contexts that the pool waits for. True once every pool so far has its contexts, those of other calls included;
+    // false without a message as long as one waits, and for three empty ids. Enter a context into a pool once, also
+    // after a failed call, which leaves what it had entered: a second entry makes finalizeExternalBufferPools fail.
     virtual bool allocateExternalBuffers(void* context, std::string spillFillPoolId, std::string spadBackupPoolId,
                                          std::string weightsPoolId) = 0;
-    // Gives the pools their memory, after all contexts were entered.
+    // Gives the pools their memory, with the contexts that they have; one that joins later is not registered with it.
     virtual bool finalizeExternalBufferPools() { return true; }
     virtual void reservedVoidHook1() = 0;
     // False without a message: whether the first context config asks for detachable buffers.
     virtual bool detachableBuffersEnabled() = 0;
+    // Both are true also where nothing was to be done: the context is in that state already, or has no such buffers and
+    // stays attached.
     virtual bool detachBuffers(void* context) = 0;
     virtual bool attachBuffers(void* context) = 0;
     // False without a message when no device config asks for the extension.

@@ -121,6 +121,7 @@ bool SharedBufferPool::finalizeAllPools() {
 }
 
 bool SharedBufferPool::finalizePool(const std::string& name, PoolEntry& pool) {
+    if (pool.members.empty()) return true;  // memory was too short for its first context, which may come again
     for (const SharedKind& kind : SHARED_KINDS) {
         if (!finalizeShared(kind, name, pool)) return false;
     }

@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 
 #include "buffers/shared_buffer_pool.h"
+#include "support/allocation.h"
 #include "support/fake_memory.h"
 #include "support/log_capture.h"
 
@@ -171,6 +172,27 @@ TEST_F(ExternalBuffers, AFailedPoolBeginsAnewAndOthersStayDone) {
     darlink.failAlloc = false;
     EXPECT_TRUE(pools.finalizeAllPools());
     EXPECT_THAT(blocks(), testing::UnorderedElementsAre("8", "16", "4", "2", "2"));
+}
+
+// fault: a pool that was left without a context counts as done for the one that comes again.
+TEST_F(ExternalBuffers, AContextThatFoundNoMemoryMayComeAgain) {
+    const SharedBufferPool::Ids ids{"p:1", "", ""};
+    int failures = 0;
+    for (bool failed = true; failed; failures += failed ? 1 : 0) {
+        SharedBufferPool pool;
+        const auto enter = [&] { return pool.registerContext(ids, contextHandle(1), {8, 0, 0}, backend.functions()); };
+        failAllocation(failures);
+        try {
+            enter();
+            failed = false;
+        } catch (const std::bad_alloc&) {
+        }
+        failAllocation(-1);
+        EXPECT_TRUE(pool.finalizeAllPools());
+        EXPECT_TRUE(!failed || (enter() && pool.finalizeAllPools())) << failures;
+        EXPECT_THAT(blocks(), ElementsAre("8"));
+    }
+    EXPECT_GT(failures, 1);
 }
 
 }  // namespace
