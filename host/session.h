@@ -51,6 +51,8 @@ private:
 
     // session_contexts.cpp. Whether there are contexts then.
     bool createContexts();
+    // The context of a road that has one, and the records that its hook handed out for it.
+    Context& addOnlyContext(CallReport& before, ZantConfigWrapper** list, uint32_t count);
     void createOneContext();
     void createFromBinary();
     void createFromBinaryList();

@@ -26,16 +26,21 @@ bool Session::createContexts() {
                        [](const Context& context) { return context.handle != nullptr; });
 }
 
+Session::Context& Session::addOnlyContext(CallReport& before, ZantConfigWrapper** list, uint32_t count) {
+    before.note = counted(count, "record") + " for the context";
+    before.recordGroups.push_back(decodeList("context", list, count, decodeContextRecord));
+    Context& context = m_contexts.emplace_back();
+    context.name = "context";
+    return context;
+}
+
 void Session::createOneContext() {
     m_steps.stage("Context", "create the context that holds the graphs");
     ZantConfigWrapper** list = nullptr;
     uint32_t count = 0;
     CallReport& before =
         m_steps.hook("beforeContextCreate", [&] { return m_object->beforeContextCreate(&list, &count); });
-    before.note = counted(count, "record") + " for the context";
-    before.recordGroups.push_back(decodeList("context", list, count, decodeContextRecord));
-    Context& context = m_contexts.emplace_back();
-    context.name = "context";
+    Context& context = addOnlyContext(before, list, count);
     m_steps.hostStep("createContext",
                      [&] { return m_backend.createContext(m_device, list, count, &context.handle) == 0; });
     m_steps.hook("afterContextCreate", [&] { return m_object->afterContextCreate(); });
@@ -47,10 +52,7 @@ void Session::createFromBinary() {
     uint32_t count = 0;
     CallReport& before = m_steps.hook("beforeContextCreateFromBinary",
                                       [&] { return m_object->beforeContextCreateFromBinary(&list, &count); });
-    before.note = counted(count, "record") + " for the context";
-    before.recordGroups.push_back(decodeList("context", list, count, decodeContextRecord));
-    Context& context = m_contexts.emplace_back();
-    context.name = "context";
+    Context& context = addOnlyContext(before, list, count);
     if (before.outcome == Outcome::OK) {
         m_steps.hostStep("createContextFromBinary", [&] {
             return m_backend.createContextFromBinary(m_device, list, count, &context.handle) == 0;
