@@ -29,7 +29,4 @@ void nameWindowsDirectory(const std::filesystem::path& directory);
 
 bool isTerminal(std::FILE* stream);
 
-// Of the calling thread; empty when it has none.
-std::string threadName();
-
 }  // namespace runhost::platform

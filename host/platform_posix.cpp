@@ -1,8 +1,6 @@
 #include <dlfcn.h>
-#include <pthread.h>
 #include <unistd.h>
 
-#include <array>
 #include <cstdlib>
 
 #include "platform.h"
@@ -54,11 +52,6 @@ void nameWindowsDirectory(const fs::path& directory) {
 
 bool isTerminal(std::FILE* stream) {
     return isatty(fileno(stream)) != 0;
-}
-
-std::string threadName() {
-    std::array<char, 16> name{};  // all that the kernel keeps
-    return pthread_getname_np(pthread_self(), name.data(), name.size()) == 0 ? name.data() : "";
 }
 
 }  // namespace runhost::platform

@@ -6,9 +6,6 @@
 
 #include "platform.h"
 
-// MinGW-w64's headers know it from version 11 on.
-extern "C" WINBASEAPI HRESULT WINAPI GetThreadDescription(HANDLE thread, PWSTR* description);
-
 namespace runhost::platform {
 
 namespace fs = std::filesystem;
@@ -52,15 +49,6 @@ void nameWindowsDirectory(const fs::path&) {}
 
 bool isTerminal(std::FILE* stream) {
     return _isatty(_fileno(stream)) != 0;
-}
-
-std::string threadName() {
-    PWSTR description = nullptr;
-    if (FAILED(GetThreadDescription(GetCurrentThread(), &description))) return {};
-    std::string name;
-    for (const wchar_t* unit = description; *unit != L'\0'; ++unit) name.push_back(static_cast<char>(*unit));
-    LocalFree(description);
-    return name;
 }
 
 }  // namespace runhost::platform

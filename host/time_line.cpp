@@ -4,7 +4,7 @@
 #include <map>
 #include <string_view>
 
-#include "platform.h"
+#include "../sim/thread_name.h"
 
 namespace runhost {
 
@@ -19,7 +19,7 @@ TimeLine::TimeLine(const Backend& backend)
     : m_backend(backend),
       m_start(backend.voteCount()),
       m_hostThread(backend.threadNumber()),
-      m_hostName(platform::threadName()) {}
+      m_hostName(zant::sim::threadName()) {}
 
 void TimeLine::enter(const std::string& stage) {
     m_marks.push_back({m_backend.voteCount(), stage});
