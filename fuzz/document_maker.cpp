@@ -16,50 +16,16 @@ constexpr const char SCHEMA_TEXT[] =
 #include "config_schema.inc"
     ;
 
-constexpr const char* NUMBERS[] = {"0",
-                                   "1",
-                                   "2",
-                                   "7",
-                                   "-1",
-                                   "255",
-                                   "256",
-                                   "2147483647",
-                                   "-2147483648",
-                                   "2147483648",
-                                   "4294967295",
-                                   "4294967296",
-                                   "1.5",
-                                   "-0.0",
-                                   "1e300",
-                                   "1e-300",
-                                   "0.1",
-                                   "9223372036854775807",
-                                   "-9223372036854775808",
-                                   "18446744073709551615",
-                                   "18446744073709551616"};
-constexpr const char* TEXTS[] = {"",
-                                 "v68",
-                                 "v73",
-                                 "v81",
-                                 "signed",
-                                 "unsigned",
-                                 "auto",
-                                 "init_start",
-                                 "init_done",
-                                 "inference_start",
-                                 "inference_done",
-                                 "deinit_start",
-                                 "deinit_done",
-                                 "linting",
-                                 "detailed",
-                                 "optrace",
-                                 "shared_buffer",
-                                 "encoder",
-                                 "decoder",
-                                 "\\u0000",
-                                 "\\u00e9",
-                                 "a text that fits into no short string of any library",
-                                 "%s%n"};
+// clang-format off
+constexpr const char* NUMBERS[] = {
+    "0", "1", "2", "7", "-1", "255", "256", "2147483647", "-2147483648", "2147483648", "4294967295", "4294967296",
+    "1.5", "-0.0", "1e300", "1e-300", "0.1", "9223372036854775807", "-9223372036854775808", "18446744073709551615",
+    "18446744073709551616"};
+constexpr const char* TEXTS[] = {
+    "", "v68", "v73", "v81", "signed", "unsigned", "auto", "init_start", "init_done", "inference_start",
+    "inference_done", "deinit_start", "deinit_done", "linting", "detailed", "optrace", "shared_buffer", "encoder",
+    "decoder", "\\u0000", "\\u00e9", "a text that fits into no short string of any library", "%s%n"};
+// clang-format on
 constexpr const char* ODD_NAMES[] = {"", "/", "~", "~1", "a/b", "0", "99999999999", "devices", "custom"};
 
 const rapidjson::Document& schema() {
