@@ -1,17 +1,15 @@
-// The system's operations against the real service control manager, registry and files of Windows or a wine prefix.
+// The system's operations against the real files of Windows or a wine prefix.
 #include <windows.h>
 // Behind windows.h, which they build on.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <io.h>
 
-#include <array>
 #include <filesystem>
 #include <fstream>
 
 #include "platform/system.h"
 #include "support/environment.h"
-#include "support/machine.h"
 #include "support/scratch_folder.h"
 #include "thread_name.h"
 
@@ -20,42 +18,8 @@ namespace {
 
 class SystemWindows : public testing::Test {
 protected:
-    // Skips where the machine may not be changed.
-    void become(const std::string& platform) {
-        if (!m_machine.become(platform)) GTEST_SKIP() << "services and registry may not be changed here";
-    }
-
-    test::Machine m_machine;
     const test::ScratchFolder m_folder;
 };
-
-TEST_F(SystemWindows, AServicesCommandIsAsItsConfigurationHasIt) {
-    become(R"({"services":{"zant_test":{"binaryPathName":"\\SystemRoot\\zant\\t.sys"}}})");
-    EXPECT_EQ(serviceBinaryPath(L"zant_test"), L"\\SystemRoot\\zant\\t.sys");
-    EXPECT_EQ(serviceBinaryPath(L"zant_no_such_service"), std::nullopt);
-}
-
-// fault: a size that a value's type or a short buffer leaves wrong, a key that stays open and cannot be deleted.
-TEST_F(SystemWindows, RegistryValuesComeByTypeAndSize) {
-    become(R"({"registry":{"HKCU":{"Software\\Zant Test":{"text":"abc","bytes":[1,2,3]}}}})");
-    RegistryKey none;
-    EXPECT_EQ(none.open(RegistryRoot::currentUser, "Software\\Zant Test\\none"), REGISTRY_NOT_FOUND);
-    RegistryKey key;
-    ASSERT_EQ(key.open(RegistryRoot::currentUser, "Software\\Zant Test"), REGISTRY_OK);
-    std::array<char, 8> buffer{};
-    uint32_t size = 0;
-    EXPECT_EQ(key.read("text", RegistryType::text, nullptr, size), REGISTRY_OK);
-    EXPECT_EQ(size, 4U);
-    EXPECT_EQ(key.read("text", RegistryType::text, buffer.data(), size), REGISTRY_OK);
-    EXPECT_STREQ(buffer.data(), "abc");
-    EXPECT_EQ(key.read("text", RegistryType::binary, nullptr, size), REGISTRY_WRONG_TYPE);
-    EXPECT_EQ(key.read("none", RegistryType::any, nullptr, size), REGISTRY_NOT_FOUND);
-    size = 2;
-    EXPECT_EQ(key.read("bytes", RegistryType::binary, buffer.data(), size), REGISTRY_MORE_DATA);
-    EXPECT_EQ(size, 3U);
-    EXPECT_EQ(key.read("bytes", RegistryType::any, buffer.data(), size), REGISTRY_OK);
-    EXPECT_EQ(std::string(buffer.data(), size), "\1\2\3");
-}
 
 // fault: a descriptor that a child inherits, a file that others cannot write, rename or delete meanwhile.
 TEST_F(SystemWindows, AnOpenFileIsSharedAndNotInherited) {
@@ -80,16 +44,6 @@ TEST_F(SystemWindows, AnOpenFileIsSharedAndNotInherited) {
     EXPECT_STRNE(text, "");
     EXPECT_EQ(openForUpdate(m_folder.path("no/such/folder").c_str(), error), -1);
     EXPECT_NE(error, "");
-}
-
-TEST_F(SystemWindows, FirmwareTablesComeWholeOrNotAtAll) {
-    const size_t size = readFirmwareTable("FACP", nullptr, 0);
-    if (size == 0) GTEST_SKIP() << "FACP: this system answers with size 0, as wine does";
-    std::string table(size, '\0');
-    EXPECT_EQ(readFirmwareTable("FACP", table.data(), size - 1), size);
-    EXPECT_EQ(table, std::string(size, '\0'));
-    EXPECT_EQ(readFirmwareTable("FACP", table.data(), size), size);
-    EXPECT_EQ(table.substr(0, 4), "FACP");
 }
 
 TEST_F(SystemWindows, TextsAndNamesKeepTheirCharacters) {
