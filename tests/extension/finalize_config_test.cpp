@@ -24,22 +24,13 @@ std::string describe(const KORGraphCustomConfig& record) {
 // The object, its records, and the lines of level 1, any of which makes the result false.
 const std::tuple<const char*, Texts, Texts> ROWS[] = {
     {R"({"x":true,"y":false})", {"x 508 1", "y 508 0"}, {}},
-    {R"({"x":1,"y":-1})", {"x 32 1", "y 32 ffffffff"}, {}},
     {R"({"x":4294967295,"y":-2147483649})", {"x 132 ffffffff", "y 64 ffffffff7fffffff"}, {}},
-    {R"({"x":4294967296,"y":18446744073709551615})", {"x 64 100000000", "y 164 ffffffffffffffff"}, {}},
-    {R"({"x":1.0,"y":0.1,"z":-0.0})", {"x 232 3f800000", "y 232 3dcccccd", "z 232 80000000"}, {}},
-    {R"({"x":1e300,"y":-1e300,"z":1e-300})", {"x 232 7f800000", "y 232 ff800000", "z 232 0"}, {}},
-    // On both sides of half a step above the greatest float.
-    {R"({"x":3.4028235677973362e38,"y":-3.4028235677973366e38})", {"x 232 7f7fffff", "y 232 ff800000"}, {}},
-    {R"({"x":"","y":"a long text, that fits no short string"})",
-     {"x 608 ", "y 608 a long text, that fits no short string"},
+    {R"({"x":18446744073709551615,"y":-0.0,"z":1e300})",
+     {"x 164 ffffffffffffffff", "y 232 80000000", "z 232 7f800000"},
      {}},
     {R"({"a":[1,{"b":"y\u0000z"}],"n":null,"%s%n":{"":2}})", {"a/0 32 1", "a/1/b 608 y", "%s%n/ 32 2"}, {}},
-    {R"({"a/b":1,"~":2,"c":3})",
-     {"a/b 0 0", "~ 0 0", "c 32 3"},
-     {"1 Invalid key: a/b", "1 Invalid value type: 0", "1 Invalid key: ~", "1 Invalid value type: 0"}},
+    {R"({"a/b":1,"c":-3})", {"a/b 0 0", "c 32 fffffffd"}, {"1 Invalid key: a/b", "1 Invalid value type: 0"}},
     {R"({"a/b":1,"a":{"b":{"c":2}}})", {"a/b 0 0", "a/b/c 32 2"}, {"1 Invalid value type: 4"}},
-    {R"({"a/b":1,"a":{"b":"other"}})", {"a/b 608 other", "a/b 608 other"}, {}},
     {R"({"":1})", {" 0 0"}, {"1 Empty key provided.", "1 Invalid key: ", "1 Invalid value type: 0"}},
 };
 
