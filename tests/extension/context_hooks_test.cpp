@@ -2,14 +2,13 @@
 #include <gmock/gmock.h>
 
 #include <array>
-#include <bit>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <optional>
 #include <sstream>
 
 #include "extension/kor_backend.h"
+#include "life/model_life.h"
 #include "support/allocation.h"
 #include "support/log_capture.h"
 #include "support/scratch_folder.h"
@@ -22,18 +21,9 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using PerContext = std::map<std::string, std::pair<uint32_t, ZantConfigWrapper**>>;
 
-const std::string EVERY_MEMBER =
-    R"("weight_sharing_enabled":true,"group_id":0,"max_spill_fill_buffer_for_group":5,)"
-    R"("file_read_memory_budget_in_mb":0,"dsp_memory_profiling_enabled":true,"io_memory_estimation":true,)"
-    R"("prepare_only":true,"init_acceleration":true,"skip_validation_on_binary_section":true,"extended_udma":false,)"
-    R"("concurrent_group_registration":{"group_id":4294967295,"max_spill_fill_buffer_for_group":6},)"
-    R"("lora_weight_sharing":true,"detachable_buffers_enabled":true,"hard_detach_enabled":true,)"
-    R"("lora_weight_sharing_ram_preload":true,"lora_preload_buffer_group":[["a","b"],["c"]],)"
-    R"("reference_weight_sharing_enabled":true,"reused_io_limit_mb":9,)"
-    R"("graph_splitting_configs":{"graph_splitting_enabled":true,"num_prepare_threads":"auto"})";
-
-std::string contextDocument(const std::string& members) {
-    return R"({"context":[{"contextKey":"k",)" + members + "}]}";
+std::string documentWithPatch(const std::string& path) {
+    return R"({"context":[{"contextKey":"k","init_acceleration":true,"concurrent_deserialization_patch":")" + path +
+           "\"}]}";
 }
 
 // Every record of a list as its option and its two values: "2:0:5". Option 14 has one byte behind its option.
@@ -91,17 +81,15 @@ protected:
 
 // fault: an option on the wrong road or in the wrong place, a value at the wrong offset.
 TEST_F(ContextHooks, EachRoadTakesItsOptionsInOrder) {
-    const std::string document = contextDocument(EVERY_MEMBER);
-    load(document);
+    load(everyOption("", false));
     EXPECT_TRUE(compose());
     EXPECT_EQ(common(), "1:1 7:1 11:0 13:1 18:1 22:1 26:4294967295");
-    EXPECT_TRUE(m_backend->afterContextCreate());
-    EXPECT_TRUE(fromBinary());
-    EXPECT_EQ(common(), "2:0:5 12:4294967295:6 3:0 4:1 6:1 8:1 9:1 11:0 14:1:0 16:1 23:ab:c 22:1 26:4294967295 17:9");
-    EXPECT_TRUE(m_backend->afterContextCreateFromBinary());
-    EXPECT_TRUE(fromList());
-    EXPECT_EQ(listOf("k"), "2:0:5 12:4294967295:6 3:0 4:1 6:1 8:1 9:1 11:0 14:1:0 16:1 23:ab:c");
-    EXPECT_EQ(common(), "10:0");
+    EXPECT_TRUE(m_backend->afterContextCreate() && fromBinary());
+    EXPECT_EQ(common(), "2:0:5 12:7:6 3:0 4:1 6:1 8:1 9:1 11:0 14:1:0 16:1 23:ab:c 22:1 26:4294967295 17:9");
+    EXPECT_TRUE(m_backend->afterContextCreateFromBinary() && fromList());
+    EXPECT_EQ(listOf("a key that fits no short string"), "2:0:5 12:7:6 3:0 4:1 6:1 8:1 9:1 11:0 14:1:0 16:1 23:ab:c");
+    EXPECT_EQ(listOf("second"), "23:d");
+    EXPECT_EQ(common(), "5:1 10:2 17:4");
     EXPECT_TRUE(m_backend->afterContextCreateFromBinaryList());
 }
 
@@ -109,27 +97,13 @@ TEST_F(ContextHooks, WithoutSettingsThereAreNoRecords) {
     load("{}");
     EXPECT_TRUE(compose() && fromBinary());
     EXPECT_EQ(m_count, 77U);
-    load(R"({"context":[{"contextKey":"k"}],)"
-         R"("groupContext":{"share_resources":true,"share_resources_optimization_type":3,"reused_io_limit_mb":4}})");
+    load(R"({"context":[{"contextKey":"k"},{"prepare_only":true},{"contextKey":"k","init_acceleration":true}]})");
     EXPECT_TRUE(compose());
     EXPECT_EQ(m_count, 0U);
     EXPECT_TRUE(fromList());
-    EXPECT_EQ(common(), "5:1 10:3 17:4");
-    EXPECT_EQ(m_perContext.at("k").first, 0U);
-}
-
-// fault: group pointers that move when a later context brings more groups; a key's first list replaced.
-TEST_F(ContextHooks, ListedContextsStandUnderTheirKeys) {
-    std::string contexts = R"({"prepare_only":true})";
-    for (int i = 0; i < 40; ++i) {
-        const std::string n = std::to_string(i);
-        contexts += R"(,{"contextKey":"k)" + n + R"(","lora_preload_buffer_group":[["p)" + n + R"("],["q","r"]]})";
-    }
-    load(R"({"context":[)" + contexts + R"(,{"contextKey":"k0","io_memory_estimation":true}]})");
-    EXPECT_TRUE(fromList());
-    EXPECT_EQ(m_perContext.size(), 40U);
-    EXPECT_EQ(listOf("k0"), "23:p0:qr");
-    EXPECT_EQ(listOf("k39"), "23:p39:qr");
+    EXPECT_EQ(common(), "10:0");
+    EXPECT_EQ(m_perContext.size(), 1U);
+    EXPECT_EQ(listOf("k"), "") << "a key's first list stays";
 }
 
 TEST_F(ContextHooks, SettingsOfGraphsAreWarnedOfWhereGraphsAreComposedAlready) {
@@ -147,7 +121,7 @@ TEST_F(ContextHooks, SettingsOfGraphsAreWarnedOfWhereGraphsAreComposedAlready) {
 TEST_F(ContextHooks, PatchFilesStayOpenUntilContextsGo) {
     const ScratchFolder folder;
     const std::string path = folder.path("patch");
-    load(contextDocument(R"("concurrent_deserialization_patch":")" + path + R"(","init_acceleration":true)"));
+    load(documentWithPatch(path));
     const size_t before = openDescriptors();
     EXPECT_TRUE(fromBinary());
     EXPECT_EQ(common(), "8:1 21:fd");
@@ -170,7 +144,7 @@ TEST_F(ContextHooks, APatchFileThatCannotBeOpenedEndsTheHook) {
     const ScratchFolder folder;
     const size_t before = openDescriptors();
     for (const std::string& bad : {folder.path("no folder/patch"), folder.pipe("pipe")}) {
-        load(contextDocument(R"("io_memory_estimation":true,"concurrent_deserialization_patch":")" + bad + "\""));
+        load(documentWithPatch(bad));
         EXPECT_FALSE(fromBinary());
         EXPECT_EQ(m_count, 77U);
         EXPECT_THAT(m_log.takeTexts(), ElementsAre(HasSubstr("1 Failed to open file: " + bad + ", error: ")));
@@ -186,17 +160,23 @@ TEST_F(ContextHooks, APatchFileThatCannotBeOpenedEndsTheHook) {
 }
 
 // fault: a hook that says true with a record missing.
-TEST_F(ContextHooks, AnyAllocationMayFail) {
+TEST(HooksShortage, AnyAllocationMayFail) {
     const ScratchFolder folder;
-    const std::string patch = R"(,"concurrent_deserialization_patch":")" + folder.path("patch") + "\"";
-    bool failed = true;
-    for (int failAt = 0; failed; ++failAt) {
-        load(contextDocument(EVERY_MEMBER + patch));
-        failAllocation(failAt);
-        const bool result = fromList();
-        failed = !failAllocation(-1);
-        EXPECT_EQ(result, !failed) << failAt;
-        EXPECT_EQ(m_log.takeTexts().empty(), result) << failAt;
+    ZantConfigWrapper** list = nullptr;
+    GraphConfigInfo_t** infos = nullptr;
+    uint32_t count = 0;
+    for (const bool isGraphs : {false, true}) {
+        bool failed = true;
+        for (int failAt = 0; failed; ++failAt) {
+            kor::KORBackend backend;
+            PerContext perContext;
+            ASSERT_TRUE(backend.loadConfig(everyOption(folder.path("patch"), false)));
+            failAllocation(failAt);
+            const bool result = isGraphs ? backend.beforeGraphsCompose(&infos, &count)
+                                         : backend.beforeContextCreateFromBinaryList(&perContext, &list, &count);
+            failed = !failAllocation(-1);
+            EXPECT_EQ(result, !failed) << failAt;
+        }
     }
 }
 

@@ -46,12 +46,10 @@ protected:
 TEST_F(ExecuteHooks, LateSettingsGoOutOnceForTheFirstOfAnEntrysGraphs) {
     ASSERT_TRUE(m_backend.loadConfig(std::string(R"({"graphs":[{"graph_names":["a","b"],)") + LATE_MEMBERS +
                                      R"(},{"graph_names":["c","b"],"slu_threads":4294967295}]})"));
-    m_log.take();
     EXPECT_FALSE(m_backend.beforeGraphExecute(nullptr, &m_list, &m_count));
     EXPECT_TRUE(m_backend.beforeGraphExecute("B", &m_list, &m_count));
     EXPECT_EQ(m_count, 77U);
     EXPECT_EQ(run("b"), "6 0 3|6 0 ffffffff|1 0 8|14 0 1|");
-    EXPECT_THAT(linesWith("configured for graph b before execute."), testing::SizeIs(4));
     for (const char* name : {"a", "b", "c"}) EXPECT_EQ(run(name), "");
     // What the host adds to an entry later has not gone out yet.
     for (const uint32_t threads : {NO, 9U}) {

@@ -1,10 +1,8 @@
 // From the document's graphs to the lists that the host composes with.
 #include <optional>
-#include <set>
 #include <sstream>
 #include <tuple>
 
-#include "support/allocation.h"
 #include "support/graph_records.h"
 #include "support/log_capture.h"
 
@@ -98,33 +96,40 @@ TEST_F(GraphHooks, WhatIsToldAndWhatFails) {
     }
 }
 
-// A shortage costs one line and what the line names: one record, a leaf with those behind it, a name, or the list.
-TEST_F(GraphHooks, AnyAllocationOfACompositionMayFail) {
-    std::set<std::string> lines;
-    ZantConfigWrapper** late = nullptr;
-    uint32_t lateCount = 0;
-    uint32_t lost = 0;
-    bool failed = true;
-    for (int failAt = 0; failed; ++failAt) {
-        kor::KORBackend backend;
-        ASSERT_TRUE(backend.loadConfig(graphDocument(ALL_MEMBERS)));
-        m_log.take();
-        failAllocation(failAt);
-        const bool result = backend.beforeGraphsCompose(&m_infos, &m_count);
-        failed = !failAllocation(-1);
-        EXPECT_EQ(result, !failed);
-        const Texts texts = m_log.takeTexts();
-        ASSERT_EQ(texts.size(), failed ? 1U : 0U);
-        lines.insert(texts.begin(), texts.end());
-        EXPECT_GE(m_count == 0 ? 21 : records(0).size(), failed ? 21U : 23U) << testing::PrintToString(texts);
-        EXPECT_TRUE(backend.afterGraphsCompose());
-        EXPECT_TRUE(backend.beforeGraphExecute("g", &late, &lateCount));
-        lost += lateCount - 1;
-        EXPECT_TRUE(backend.beforeGraphsCompose(&m_infos, &m_count));
-        EXPECT_EQ(records(0).size(), 23U);
+// The value as its text or as its eight bytes: "name code value".
+std::string describe(const KORGraphCustomConfig& record) {
+    const KORGraphCustomConfig::Finalize& finalize = record.values.finalize;
+    EXPECT_EQ(record.option, KOR_GRAPH_OPTION_FINALIZE);
+    std::ostringstream text;
+    text << finalize.name << " " << std::hex << finalize.dataType << " ";
+    if (finalize.dataType == KOR_FINALIZE_DATA_TYPE_TEXT) return text.str() + finalize.value.text;
+    text << finalize.value.uint64;
+    return text.str();
+}
+
+// One record for each leaf of an object that the library does not know. A leaf that fails does not end the list, and
+// makes the result false by its lines.
+TEST_F(GraphHooks, EachLeafOfFinalizeConfigMakesARecord) {
+    const std::tuple<const char*, Texts, Texts> rows[] = {
+        {R"({"x":true,"y":false})", {"x 508 1", "y 508 0"}, {}},
+        {R"({"x":4294967295,"y":-2147483649})", {"x 132 ffffffff", "y 64 ffffffff7fffffff"}, {}},
+        {R"({"x":18446744073709551615,"y":-0.0,"z":1e300})",
+         {"x 164 ffffffffffffffff", "y 232 80000000", "z 232 7f800000"},
+         {}},
+        {R"({"a":[1,{"b":"y\u0000z"}],"n":null,"%s%n":{"":2}})", {"a/0 32 1", "a/1/b 608 y", "%s%n/ 32 2"}, {}},
+        {R"({"a/b":1,"c":-3})", {"a/b 0 0", "c 32 fffffffd"}, {"1 Invalid key: a/b", "1 Invalid value type: 0"}},
+        {R"({"a/b":1,"a":{"b":{"c":2}}})", {"a/b 0 0", "a/b/c 32 2"}, {"1 Invalid value type: 4"}},
+        {R"({"":1})", {" 0 0"}, {"1 Empty key provided.", "1 Invalid key: ", "1 Invalid value type: 0"}},
+    };
+    for (const auto& [config, expected, lines] : rows) {
+        const std::string members = R"("weights_packing":true,"finalize_config":)";
+        EXPECT_EQ(compose(graphDocument(members + config)), lines.empty());
+        EXPECT_EQ(m_log.takeTexts(), lines);
+        const std::vector<KORGraphCustomConfig> leaves = records(0);
+        ASSERT_EQ(leaves.size(), expected.size() + 1) << config;
+        EXPECT_EQ(leaves.back().option, KOR_GRAPH_OPTION_WEIGHTS_PACKING);
+        for (size_t i = 0; i < expected.size(); ++i) EXPECT_EQ(describe(leaves[i]), expected[i]);
     }
-    EXPECT_GE(lost, 4U);           // what a list lacks, record or wrapper, goes out with the first run
-    EXPECT_EQ(lines.size(), 24U);  // 21 records, the leaves, a wrapper, a name
 }
 
 }  // namespace
