@@ -11,8 +11,7 @@ class ByteSource {
 public:
     ByteSource(const uint8_t* data, size_t size) : m_next(data), m_end(data + size) {}
 
-    bool isEmpty() const { return m_next == m_end; }
-    uint8_t byte() { return isEmpty() ? uint8_t{0} : *m_next++; }
+    uint8_t byte() { return m_next == m_end ? uint8_t{0} : *m_next++; }
     // A number below count, which is at least 1.
     size_t below(size_t count) {
         size_t number = byte();

@@ -15,7 +15,7 @@ uint64_t anySize() {
     return g_source.below(2) == 0 ? g_source.byte() : g_source.pick(SIZES);
 }
 
-uint32_t answer(uint32_t, uint32_t, void* buffer, uint64_t* size) {
+uint32_t answer(void* buffer, uint64_t* size) {
     const size_t kind = g_source.below(8);
     if (kind == 7) return g_source.byte();
     if (kind == 6) {
@@ -44,11 +44,11 @@ FUZZ_EXPORT uint32_t Soc_GetAPIVersion(uint8_t* major, uint8_t* minor) {
     return g_source.below(4) == 0 ? 1 : 0;
 }
 
-FUZZ_EXPORT uint32_t Soc_GetCapability(uint32_t category, uint32_t capability, void* buffer, uint64_t* size) {
-    return answer(category, capability, buffer, size);
+FUZZ_EXPORT uint32_t Soc_GetCapability(uint32_t, uint32_t, void* buffer, uint64_t* size) {
+    return answer(buffer, size);
 }
 
-FUZZ_EXPORT uint32_t Soc_GetCapabilitySerialized(uint32_t category, uint32_t capability, void* buffer, uint64_t* size) {
-    return answer(category, capability, buffer, size);
+FUZZ_EXPORT uint32_t Soc_GetCapabilitySerialized(uint32_t, uint32_t, void* buffer, uint64_t* size) {
+    return answer(buffer, size);
 }
 }
