@@ -106,17 +106,6 @@ TEST_F(ContextHooks, WithoutSettingsThereAreNoRecords) {
     EXPECT_EQ(listOf("k"), "") << "a key's first list stays";
 }
 
-TEST_F(ContextHooks, SettingsOfGraphsAreWarnedOfWhereGraphsAreComposedAlready) {
-    load(R"({"graphs":[{"graph_names":["a"],"spad_mb":1},{"graph_names":["b"],"slu_threads":1}]})");
-    EXPECT_TRUE(compose());
-    EXPECT_THAT(m_log.takeTexts(), IsEmpty());
-    for (const bool isList : {false, true}) {
-        EXPECT_TRUE(isList ? fromList() : fromBinary());
-        EXPECT_THAT(m_log.takeTexts(), ElementsAre("2 Graph settings specified by user cannot be applied to an already "
-                                                   "composed graph."));
-    }
-}
-
 // fault: a descriptor that stays open, or is closed while its context lives.
 TEST_F(ContextHooks, PatchFilesStayOpenUntilContextsGo) {
     const ScratchFolder folder;

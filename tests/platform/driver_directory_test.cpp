@@ -51,8 +51,6 @@ TEST_F(DriverDirectory, IsTheNpuDriversWhenItCarriesTheFramework) {
         machine(both, korDriver(info));
         EXPECT_EQ(system::findDriverDirectory(), rpc) << info;
     }
-    machine(service("cvdarlink", R"(\\SystemRoot\\rpc\\d.sys)"), korDriver("[8]"));
-    EXPECT_EQ(system::findDriverDirectory(), rpc);
 }
 
 // fault: a value without its end is read on behind it, or one that is too long is cut.
@@ -67,7 +65,6 @@ TEST_F(DriverDirectory, RegistryStringsEnd) {
     EXPECT_EQ(tooLong.status, 234U);
     EXPECT_STREQ(tooLong.text, "Failed to query registry value.");
     EXPECT_EQ(system::readRegistryString("Software\\K", "none").status, 2U);
-    EXPECT_STREQ(system::readRegistryString("Software\\None", "v").text, "Failed to open registry key.");
     m_machine.become(std::string(100000, '['));
     EXPECT_EQ(system::readRegistryString("Software\\K", "v").status, 2U);
 }
