@@ -84,7 +84,7 @@ TEST_F(GraphHooks, WhatIsToldAndWhatFails) {
         {R"({"graphs":[{"num_cores":1},{"graph_names":["b"],"num_cores":1}]})", false, 2, {unnamed}},
         {graphDocument(R"("dlbc_weights":1)"), true, 1, {"1 dlbc weights unsupported"}},
         {R"({"devices":[{"dsp_arch":"v73"}],)" + graphs, true, 1, {old}},
-        {R"({"devices":[{},{"dsp_arch":"v73"}],)" + graphs, true, 1, {}},
+        {R"({"devices":[{"dsp_arch":"v81"},{"dsp_arch":"v73"}],)" + graphs, true, 1, {}},
     };
     for (const auto& [document, result, count, lines] : rows) {
         m_count = 77;
