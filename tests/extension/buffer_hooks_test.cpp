@@ -74,20 +74,17 @@ TEST_F(BufferHooks, AContextIsDetachedOnceTheBackendTookBothCalls) {
     EXPECT_THAT(log.takeTexts(), ElementsAre("2 Buffers already in the desired state attached."));
     EXPECT_THAT(memory.takeCalls(), IsEmpty());
 
-    const struct {
-        const char* failing;
-        const char* line;
-    } cases[] = {
+    const std::pair<const char*, const char*> cases[] = {
         {"getProperty", "1 Unable to get the property of number of detachable buffers count from backend"},
         {"getFds", "1 Unable to get the property of detachable buffers fds from backend"},
         {"setConfig", "1 Unable to set context config to detach the buffers"},
         {"finalize",
          "1 Error in Finalizing the KOR backend context after modifying the detaching/attaching the buffers"},
     };
-    for (const auto& each : cases) {
-        memory.failing = each.failing;
+    for (const auto& [failing, line] : cases) {
+        memory.failing = failing;
         EXPECT_FALSE(backend.detachBuffers(context));
-        EXPECT_THAT(log.takeTexts(), ElementsAre(each.line));
+        EXPECT_THAT(log.takeTexts(), ElementsAre(line));
     }
     memory.failing.clear();
     memory.takeCalls();

@@ -1,8 +1,6 @@
 // From the document's contexts to the lists of each road, and what the end of a context takes down.
 #include <gmock/gmock.h>
 
-#include <array>
-#include <cstring>
 #include <filesystem>
 #include <optional>
 #include <sstream>
@@ -26,31 +24,27 @@ std::string documentWithPatch(const std::string& path) {
            "\"}]}";
 }
 
-// Every record of a list as its option and its two values: "2:0:5". Option 14 has one byte behind its option.
+// Every record of a list as its option and its values: "2:0:5".
 std::string textOf(ZantConfigWrapper** list, uint32_t count) {
     std::ostringstream text;
     for (uint32_t i = 0; i < count; ++i) {
         EXPECT_EQ(list[i]->option, ZANT_CONFIG_OPTION_CUSTOM);
-        uint32_t option = 0;
-        std::memcpy(&option, list[i]->customConfig, sizeof(option));
-        text << (i == 0 ? "" : " ") << option;
-        if (option == 14) {
-            std::array<uint32_t, 3> words{};
-            std::memcpy(words.data(), list[i]->customConfig, sizeof(words));
-            text << ":" << words[1] << ":" << words[2];
-            continue;
-        }
-        const auto& record = *static_cast<KORContextCustomConfig*>(list[i]->customConfig);
-        if (option == 23) {
+        void* const config = list[i]->customConfig;
+        const uint32_t option = *static_cast<uint32_t*>(config);
+        const auto& record = *static_cast<KORContextCustomConfig*>(config);
+        text << (i == 0 ? "" : " ") << option << ":";
+        if (option == KOR_CONTEXT_OPTION_DETACHABLE_BUFFERS) {
+            text << uint32_t{static_cast<KORContextDetachableConfig*>(config)->enabled};
+        } else if (option == KOR_CONTEXT_OPTION_LORA_PRELOAD_GROUPS) {
             for (uint32_t g = 0; g < record.first.groups->groupCount; ++g) {
                 const KORLoraGroup& group = record.first.groups->groups[g];
-                text << ":";
                 for (uint32_t n = 0; n < group.nameCount; ++n) text << group.names[n];
+                text << ";";
             }
-        } else if (option == 21) {
-            text << (record.first.fileDescriptor > 0 ? ":fd" : ":none");
+        } else if (option == KOR_CONTEXT_OPTION_DESERIALIZATION_PATCH) {
+            text << (record.first.fileDescriptor > 0 ? "fd" : "none");
         } else {
-            text << ":" << record.first.number64 << (record.second == 0 ? "" : ":" + std::to_string(record.second));
+            text << record.first.number64 << (record.second == 0 ? "" : ":" + std::to_string(record.second));
         }
     }
     return text.str();
@@ -85,10 +79,10 @@ TEST_F(ContextHooks, EachRoadTakesItsOptionsInOrder) {
     EXPECT_TRUE(compose());
     EXPECT_EQ(common(), "1:1 7:1 11:0 13:1 18:1 22:1 26:4294967295");
     EXPECT_TRUE(m_backend->afterContextCreate() && fromBinary());
-    EXPECT_EQ(common(), "2:0:5 12:7:6 3:0 4:1 6:1 8:1 9:1 11:0 14:1:0 16:1 23:ab:c 22:1 26:4294967295 17:9");
+    EXPECT_EQ(common(), "2:0:5 12:7:6 3:0 4:1 6:1 8:1 9:1 11:0 14:1 16:1 23:ab;c; 22:1 26:4294967295 17:9");
     EXPECT_TRUE(m_backend->afterContextCreateFromBinary() && fromList());
-    EXPECT_EQ(listOf("a key that fits no short string"), "2:0:5 12:7:6 3:0 4:1 6:1 8:1 9:1 11:0 14:1:0 16:1 23:ab:c");
-    EXPECT_EQ(listOf("second"), "23:d");
+    EXPECT_EQ(listOf("a key that fits no short string"), "2:0:5 12:7:6 3:0 4:1 6:1 8:1 9:1 11:0 14:1 16:1 23:ab;c;");
+    EXPECT_EQ(listOf("second"), "23:d;");
     EXPECT_EQ(common(), "5:1 10:2 17:4");
     EXPECT_TRUE(m_backend->afterContextCreateFromBinaryList());
 }

@@ -18,7 +18,8 @@ const char* const MEMBERS =
     R"("spad_mb":2=3 0 2|;"dru_op_bounding":{"dru_frequency":1.5,"dsp_core_frequency":2}=b 0 3fc00000 40000000|;)"
     R"("dru_op_bounding":{"dru_frequency":1.5,"dsp_core_frequency":0}=;"dlbc_weights":1=;)"
     R"("slu_threads":4294967295=6 0 ffffffff|;"advanced_activation_fusion":false=f|;"weights_packing":true=c 0 1|;)"
-    R"("slc_alloc_enable":4294967294=1 0 7 4f800000|;"spad_retention":0=;)";
+    R"("slc_alloc_enable":4294967294=1 0 7 4f800000|;"spad_retention":0=;"num_cores":3=8 0 3|;"dlbc":0=1 0 4|;)"
+    R"("cached_weights":1=1 0 9 3f800000|;)";
 
 const std::string ALL_MEMBERS =
     R"("weights_packing":true,"slc_alloc_enable":1,"short_depth_conv_on_dru_off":true,"monolithic_lstm":true,)"

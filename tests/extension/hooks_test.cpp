@@ -59,8 +59,6 @@ TEST_F(HooksTest, LoadConfigCatchesWhatTheSectionsLetOut) {
     EXPECT_FALSE(m_backend.loadConfig(R"({"x":{"devices/99999999999":1}})"));
     EXPECT_EQ(m_log.takeTexts().back(), text + "stoi argument out of range");
     EXPECT_FALSE(m_backend.detachableBuffersEnabled());
-    EXPECT_TRUE(m_backend.loadConfig(R"({"context":{"detachable_buffers_enabled":true}})"));
-    EXPECT_TRUE(m_backend.detachableBuffersEnabled());
 }
 
 TEST_F(HooksTest, DeviceRecordsStandInTheirOrder) {

@@ -1,4 +1,4 @@
-// The system's operations against the real files of Windows or a wine prefix.
+// The system's files on Windows or in a wine prefix.
 #include <windows.h>
 // Behind windows.h, which they build on.
 #include <fcntl.h>
@@ -9,21 +9,15 @@
 #include <fstream>
 
 #include "platform/system.h"
-#include "support/environment.h"
 #include "support/scratch_folder.h"
-#include "thread_name.h"
 
 namespace zant::system {
 namespace {
 
-class SystemWindows : public testing::Test {
-protected:
-    const test::ScratchFolder m_folder;
-};
-
 // fault: a descriptor that a child inherits, a file that others cannot write, rename or delete meanwhile.
-TEST_F(SystemWindows, AnOpenFileIsSharedAndNotInherited) {
-    const std::string path = m_folder.path(
+TEST(SystemWindows, AnOpenFileIsSharedAndNotInherited) {
+    const test::ScratchFolder folder;
+    const std::string path = folder.path(
         "Gr\xC3\xB6\xC3\x9F"
         "e");
     std::string error;
@@ -42,19 +36,8 @@ TEST_F(SystemWindows, AnOpenFileIsSharedAndNotInherited) {
     EXPECT_TRUE(closeDescriptor(descriptor, text));
     EXPECT_FALSE(closeDescriptor(descriptor, text));
     EXPECT_STRNE(text, "");
-    EXPECT_EQ(openForUpdate(m_folder.path("no/such/folder").c_str(), error), -1);
+    EXPECT_EQ(openForUpdate(folder.path("no/such/folder").c_str(), error), -1);
     EXPECT_NE(error, "");
-}
-
-TEST_F(SystemWindows, TextsAndNamesKeepTheirCharacters) {
-    const test::ScopedVariable variable("ZANT_TEST", "\xF0\x9F\x98\x80");
-    EXPECT_EQ(environmentVariable(L"ZANT_TEST"), L"\xD83D\xDE00");
-    EXPECT_EQ(environmentVariable(L"ZANT_NO_SUCH"), std::nullopt);
-    EXPECT_EQ(narrow(L"\xD83D\xDE00 \xD83D"), "\xF0\x9F\x98\x80 \xEF\xBF\xBD");
-    const std::string before = sim::threadName();
-    setThreadName("zant_perf_driver");
-    EXPECT_EQ(sim::threadName(), "zant_perf_driver") << "whole: Windows cuts no name";
-    setThreadName(before.c_str());
 }
 
 }  // namespace
