@@ -75,16 +75,18 @@ protected:
 
 // fault: an option on the wrong road or in the wrong place, a value at the wrong offset.
 TEST_F(ContextHooks, EachRoadTakesItsOptionsInOrder) {
-    load(everyOption("", false));
+    const ScratchFolder folder;
+    load(everyOption(folder.path("patch"), false));
     EXPECT_TRUE(compose());
     EXPECT_EQ(common(), "1:1 7:1 11:0 13:1 18:1 22:1 26:4294967295");
     EXPECT_TRUE(m_backend->afterContextCreate() && fromBinary());
-    EXPECT_EQ(common(), "2:0:5 12:7:6 3:0 4:1 6:1 8:1 9:1 11:0 14:1 16:1 23:ab;c; 22:1 26:4294967295 17:9");
+    EXPECT_EQ(common(), "2:0:5 12:7:6 3:0 4:1 6:1 8:1 9:1 11:0 14:1 16:1 23:ab;c; 22:1 26:4294967295 17:9 21:fd");
     EXPECT_TRUE(m_backend->afterContextCreateFromBinary() && fromList());
-    EXPECT_EQ(listOf("a key that fits no short string"), "2:0:5 12:7:6 3:0 4:1 6:1 8:1 9:1 11:0 14:1 16:1 23:ab;c;");
+    EXPECT_EQ(listOf("a key that fits no short string"),
+              "2:0:5 12:7:6 3:0 4:1 6:1 8:1 21:fd 9:1 11:0 14:1 16:1 23:ab;c;");
     EXPECT_EQ(listOf("second"), "23:d;");
     EXPECT_EQ(common(), "5:1 10:2 17:4");
-    EXPECT_TRUE(m_backend->afterContextCreateFromBinaryList());
+    EXPECT_TRUE(m_backend->afterContextCreateFromBinaryList() && m_backend->beforeContextFree({}));
 }
 
 TEST_F(ContextHooks, WithoutSettingsThereAreNoRecords) {
@@ -106,11 +108,8 @@ TEST_F(ContextHooks, PatchFilesStayOpenUntilContextsGo) {
     const std::string path = folder.path("patch");
     load(documentWithPatch(path));
     const size_t before = openDescriptors();
-    EXPECT_TRUE(fromBinary());
-    EXPECT_EQ(common(), "8:1 21:fd");
-    EXPECT_TRUE(m_backend->afterContextCreateFromBinary() && fromList());
-    EXPECT_EQ(listOf("k"), "8:1 21:fd");
-    EXPECT_TRUE(m_backend->afterContextCreateFromBinaryList());
+    EXPECT_TRUE(fromBinary() && m_backend->afterContextCreateFromBinary());
+    EXPECT_TRUE(fromList() && m_backend->afterContextCreateFromBinaryList());
     EXPECT_EQ(openDescriptors(), before + 2);
 #if !defined(_WIN32)  // which keeps no such bits
     EXPECT_EQ(std::filesystem::status(path).permissions(), std::filesystem::perms(0644));
