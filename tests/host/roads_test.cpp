@@ -1,36 +1,30 @@
 // runhost run on each road to contexts, with external buffers, tensors and detached buffers.
 #include <gmock/gmock.h>
 
-#include <algorithm>
 #include <filesystem>
-#include <fstream>
-#include <string>
-#include <vector>
+#include <regex>
 
-#include "plugin/support/report.h"
+#include "plugin/support/process.h"
 
 namespace {
 
 using namespace testing_support;
-using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::Not;
 
 std::string binaryList(const std::string& arguments) {
     return "run '" + example("binary_list.json") + "' --road binary-list " + arguments;
 }
 
 // The names of the calls whose names begin so, in order; "hook FAILED" for one that failed.
-std::vector<std::string> calls(const rapidjson::Document& report, const std::vector<std::string>& prefixes) {
+std::vector<std::string> calls(const rapidjson::Document& report, const std::string& beginnings) {
+    const std::regex meant("(" + beginnings + ").*");
     std::vector<std::string> names;
     for (const auto& stage : report["stages"].GetArray()) {
         for (const auto& call : stage["calls"].GetArray()) {
             const std::string name = call["name"].GetString();
-            const bool isMeant = std::any_of(prefixes.begin(), prefixes.end(),
-                                             [&](const std::string& prefix) { return name.starts_with(prefix); });
             const bool failed = call["result"].GetString() == std::string("failed");
-            if (isMeant) names.push_back(name + (failed ? " FAILED" : ""));
+            if (std::regex_match(name, meant)) names.push_back(name + (failed ? " FAILED" : ""));
         }
     }
     return names;
@@ -49,7 +43,7 @@ std::vector<std::string> regions(const rapidjson::Value& block) {
 TEST(Roads, OneBinaryTakesItsOwnHooks) {
     const auto report = json("run '" + example("shared_contexts.json") + "' --road binary");
     EXPECT_TRUE(report["succeeded"].GetBool());
-    EXPECT_THAT(calls(report, {"beforeContext", "createContext", "afterContext", "createGraph", "retrieveGraph"}),
+    EXPECT_THAT(calls(report, "beforeContext|createContext|afterContext|createGraph|retrieveGraph"),
                 ElementsAre("beforeContextCreateFromBinary", "createContextFromBinary", "afterContextCreateFromBinary",
                             "retrieveGraph", "retrieveGraph", "beforeContextFree", "afterContextFree"));
 }
@@ -65,13 +59,13 @@ TEST(Roads, SeveralBinariesShareTheirPoolsAndKeepTheirWeights) {
     EXPECT_THAT(regions(blocks[3]), ElementsAre("prefill.bin weights at 0"));
     EXPECT_THAT(regions(blocks[7]),
                 ElementsAre("decode.bin tensor at 0", "decode.bin tensor at 64", "decode.bin tensor at 1088"));
-    EXPECT_THAT(calls(report, {"exchange"}), ElementsAre("exchange", "exchange", "exchange"));
+    EXPECT_THAT(calls(report, "exchange"), ElementsAre("exchange", "exchange", "exchange"));
 }
 
 TEST(Roads, BuffersAreDetachedBetweenTheFirstTwoRuns) {
     const auto report = json(binaryList("--contexts 2 --detach"));
     EXPECT_TRUE(report["succeeded"].GetBool());
-    EXPECT_THAT(calls(report, {"detach", "attach", "run again"}),
+    EXPECT_THAT(calls(report, "detach|attach|run again"),
                 ElementsAre("detachableBuffersEnabled", "detachBuffers", "attachBuffers", "detachBuffers",
                             "attachBuffers", "run again"));
     const auto& detached = report["memory"]["detached"];
@@ -81,13 +75,6 @@ TEST(Roads, BuffersAreDetachedBetweenTheFirstTwoRuns) {
     EXPECT_GE(detached[1]["from_ns"].GetUint64(), detached[0]["to_ns"].GetUint64());
 }
 
-TEST(Roads, ContextsBeyondTheDocumentsKeysSaySo) {
-    const ProcessResult result = runHost(binaryList("--contexts 5"));
-    EXPECT_EQ(result.status, 0);
-    EXPECT_THAT(result.output, HasSubstr("5 contexts, 2 with a made-up name"));
-    EXPECT_THAT(runHost(binaryList("--contexts 1")).output, HasSubstr("1 context; the document has 3 keys"));
-}
-
 TEST(Roads, AFailureOfTheMachineIsSeenAndNothingIsLeftBehind) {
     struct Case {
         const char* failure;
@@ -95,54 +82,28 @@ TEST(Roads, AFailureOfTheMachineIsSeenAndNothingIsLeftBehind) {
     };
     for (const Case& failing :
          {Case{"createContextsFromBinaryList=1", "createContextsFromBinaryList FAILED"},
-          Case{"darmem_alloc=1", "finalizeExternalBufferPools FAILED"}, Case{"darmem_to_fd=6", "allocate FAILED"},
-          Case{"memoryRegister=11", "allocate FAILED"}, Case{"contextSetConfig=1", "detachBuffers FAILED"},
-          Case{"contextFinalize=2", "attachBuffers FAILED"}}) {
+          Case{"darmem_alloc=1", "finalizeExternalBufferPools FAILED"}, Case{"memoryRegister=11", "allocate FAILED"},
+          Case{"contextSetConfig=1", "detachBuffers FAILED"}, Case{"contextFinalize=2", "attachBuffers FAILED"}}) {
         const auto report = json(binaryList("--pools --detach --fail " + std::string(failing.failure)));
         EXPECT_FALSE(report["succeeded"].GetBool()) << failing.failure;
-        EXPECT_THAT(calls(report, {""}), testing::Contains(failing.name)) << failing.failure;
+        EXPECT_THAT(calls(report, ""), testing::Contains(failing.name)) << failing.failure;
         EXPECT_EQ(report["misuse"].Size(), 0U) << failing.failure << ": " << report["misuse"][0].GetString();
     }
     EXPECT_THAT(runHost(binaryList("--pools --fail darmem_free=1")).output, HasSubstr("misuse: 1 block left over"));
 }
 
-// A document with a patch file; path is where the file is to be.
-std::string patchDocument(const std::string& path) {
-    return R"({"devices": [{"device_id": 0}], "context": [{"contextKey": "a", "concurrent_deserialization_patch": ")" +
-           path + R"("}]})";
-}
-
 TEST(Roads, APatchFileIsMadeAndHandedOver) {
     const std::string path = std::filesystem::path(testing::TempDir() + "runhost_roads.patch").generic_string();
     std::filesystem::remove(path);
-    const TemporaryDocument document(patchDocument(path));
+    const TemporaryDocument document(
+        R"({"devices": [{"device_id": 0}], "context": [{"contextKey": "a", "concurrent_deserialization_patch": ")" +
+        path + R"("}]})");
     for (const char* road : {"binary", "binary-list"}) {
         const ProcessResult result = runHost("run '" + document.path() + "' --road " + road);
         EXPECT_EQ(result.status, 0) << result.output;
         EXPECT_THAT(result.output, HasSubstr("DESERIALIZATION_PATCH (21)"));
         EXPECT_TRUE(std::filesystem::remove(path)) << road;
     }
-}
-
-TEST(Roads, APatchFileThatCanNotBeOpenedMakesNoContext) {
-    const std::string path = std::filesystem::path(testing::TempDir() + "no/such/folder/patch").generic_string();
-    const TemporaryDocument document(patchDocument(path));
-    for (const char* road : {"binary", "binary-list"}) {
-        const ProcessResult result = runHost("run '" + document.path() + "' --road " + road);
-        EXPECT_EQ(result.status, 1);
-        EXPECT_THAT(result.output, AllOf(HasSubstr("Failed to open file"), HasSubstr("afterContextCreateFromBinary"),
-                                         HasSubstr("freeDevice"), Not(HasSubstr("executeGraph"))));
-    }
-}
-
-TEST(Roads, OptionsThatMakeNoSenseTogetherAreRefused) {
-    for (const char* arguments :
-         {"run --contexts 2", "run --road binary --contexts 2", "run --road binary-list --contexts 0",
-          "run --road sideways", "run --detach --iterations 1"}) {
-        EXPECT_EQ(runHost(arguments).status, 2) << arguments;
-    }
-    EXPECT_THAT(runHost("run --road binary --contexts 2").output, HasSubstr("--contexts needs --road binary-list"));
-    EXPECT_THAT(runHost("run --detach --iterations 1").output, HasSubstr("--detach needs --iterations 2 or more"));
 }
 
 }  // namespace
