@@ -15,50 +15,35 @@ constexpr char MISMATCH[] =
 constexpr char ENABLED[] = R"({"devices":[{"device_id":0},{"enable_kor_extension":true,)"
                            R"("consolidate_kor_extension":true},{"enable_kor_extension":true}]})";
 
-TEST(Binding, ByHandleAndByEntrySkipTheDecoy) {
+void setProviders(const Sim& sim, const std::vector<uint32_t>& ids) {
+    sim.find<ZantSimSetProvidersFn>("ZantSim_setProviders")(ids.data(), ids.size());
+}
+
+TEST(Binding, ByHandleAndByEntryTakesTheFirstProviderOfItsOwn) {
     const Sim sim;
     const Extension extension;
     EXPECT_TRUE(extension->bindBackendLibrary(sim.handle()));
+    setProviders(sim, {9, 6, 6});
     EXPECT_TRUE(extension->bindInterfaceProviders(sim.getProviders()));
+    // Another provider's line would begin with its number.
     EXPECT_THAT(sim.ledger(), ElementsAre("getProviders() -> 0", "getApiVersion(backend 5.51.0) -> 0",
                                           "getProviders() -> 0", "getApiVersion(backend 5.51.0) -> 0"));
     EXPECT_THAT(Extension::errors(), IsEmpty());
 }
 
-struct VersionCase {
-    uint32_t major;
-    uint32_t minor;
-    bool accepted;
-};
-
-class BindingVersion : public testing::TestWithParam<VersionCase> {};
-
-TEST_P(BindingVersion, IsGated) {
+TEST(Binding, IsGatedByTheVersion) {
     const Sim sim;
     const Extension extension;
-    sim.setVersion(GetParam().major, GetParam().minor);
-    EXPECT_EQ(extension->bindBackendLibrary(sim.handle()), GetParam().accepted);
-    if (GetParam().accepted) {
-        EXPECT_THAT(Extension::errors(), IsEmpty());
-    } else {
-        EXPECT_THAT(Extension::errors(), ElementsAre(MISMATCH));
-    }
-}
-
-INSTANTIATE_TEST_SUITE_P(Versions, BindingVersion,
-                         testing::Values(VersionCase{5, 50, false}, VersionCase{5, 51, true}, VersionCase{5, 200, true},
-                                         VersionCase{6, 0, false}, VersionCase{6, 51, false},
-                                         VersionCase{4, 99, false}),
-                         [](const auto& tested) {
-                             return std::to_string(tested.param.major) + "_" + std::to_string(tested.param.minor);
-                         });
-
-TEST(Binding, TakesTheFirstOfSeveralProviders) {
-    const Sim sim;
-    const Extension extension;
-    sim.setProviders({9, 6, 6});
-    EXPECT_TRUE(extension->bindBackendLibrary(sim.handle()));
-    EXPECT_EQ(sim.ledger().back(), "getApiVersion(backend 5.51.0) -> 0");  // another one's would begin "provider 2: "
+    const auto binds = [&](uint32_t major, uint32_t minor) {
+        sim.find<ZantSimSetApiVersionFn>("ZantSim_setApiVersion")(major, minor, 0);
+        return extension->bindBackendLibrary(sim.handle());
+    };
+    EXPECT_TRUE(binds(5, 200));
+    EXPECT_THAT(Extension::errors(), IsEmpty());
+    EXPECT_FALSE(binds(5, 50));
+    EXPECT_FALSE(binds(6, 51));
+    EXPECT_FALSE(binds(4, 99));
+    EXPECT_THAT(Extension::errors(), ElementsAre(MISMATCH, MISMATCH, MISMATCH));
 }
 
 TEST(Binding, WithoutAProviderKeepsTheEarlierOne) {
@@ -66,9 +51,9 @@ TEST(Binding, WithoutAProviderKeepsTheEarlierOne) {
     const Extension extension;
     ASSERT_TRUE(extension->loadConfig(ENABLED));
     ASSERT_TRUE(extension->bindBackendLibrary(sim.handle()));
-    sim.setProviders({1, 2, 3});
+    setProviders(sim, {1, 2, 3});
     EXPECT_FALSE(extension->bindBackendLibrary(sim.handle()));
-    sim.setProviders({});
+    setProviders(sim, {});
     EXPECT_FALSE(extension->bindBackendLibrary(sim.handle()));
     EXPECT_THAT(Extension::errors(),
                 ElementsAre("Unable to find KOR interface provider.", "Unable to find KOR interface provider."));
@@ -77,7 +62,6 @@ TEST(Binding, WithoutAProviderKeepsTheEarlierOne) {
 }
 
 TEST(Binding, NamesWhatIsMissing) {
-    const Sim sim;
     const Extension extension;
     EXPECT_FALSE(extension->bindBackendLibrary(nullptr));
     EXPECT_FALSE(extension->bindInterfaceProviders(nullptr));
@@ -87,10 +71,16 @@ TEST(Binding, NamesWhatIsMissing) {
                                                  HasSubstr("Unable to find symbols. dlerror(): ")));
 }
 
-TEST(EnableKorExtension, SendsTheChainOfTheFirstDeviceThatAsks) {
+TEST(EnableKorExtension, SendsTheChainOfTheFirstDeviceThatAsksAndReportsTheStatus) {
     const Sim sim;
     const Extension extension;
     ASSERT_TRUE(extension->bindBackendLibrary(sim.handle()));
+    ASSERT_TRUE(extension->loadConfig(R"({"devices":[{"consolidate_kor_extension":true}]})"));
+    const size_t before = sim.ledger().size();
+    EXPECT_FALSE(extension->enableKorExtension(nullptr));
+    EXPECT_EQ(sim.ledger().size(), before);
+    EXPECT_THAT(Extension::errors(), IsEmpty());
+
     ASSERT_TRUE(extension->loadConfig(ENABLED));
     void* device = nullptr;
     ASSERT_EQ(sim.find<ZantSimCreateDeviceFn>("ZantSim_createDevice")(nullptr, 0, &device), 0U);
@@ -99,31 +89,9 @@ TEST(EnableKorExtension, SendsTheChainOfTheFirstDeviceThatAsks) {
                 testing::AllOf(testing::StartsWith("deviceSetConfig(device "),
                                testing::EndsWith(", custom[option 0 record 0x7fff0000 switch 1: enableKorExtension=1 "
                                                  "consolidateKorExtension=1]) -> 0")));
-}
-
-TEST(EnableKorExtension, ReportsTheBackendsStatus) {
-    const Sim sim;
-    const Extension extension;
-    ASSERT_TRUE(extension->bindBackendLibrary(sim.handle()));
-    ASSERT_TRUE(extension->loadConfig(ENABLED));
-    sim.failNthCall("deviceSetConfig", 2, 0x2af9);
-    int device = 0;
-    EXPECT_TRUE(extension->enableKorExtension(&device));
-    EXPECT_FALSE(extension->enableKorExtension(&device));
-    EXPECT_TRUE(extension->enableKorExtension(&device));
+    sim.failNthCall("deviceSetConfig", 1, 0x2af9);
+    EXPECT_FALSE(extension->enableKorExtension(device));
     EXPECT_THAT(Extension::errors(), ElementsAre("ZantDevice_setConfig(enableKorExtension) failed: 0x2af9"));
-}
-
-TEST(EnableKorExtension, NeitherCallsNorLogsWhenNoDeviceAsks) {
-    const Sim sim;
-    const Extension extension;
-    ASSERT_TRUE(extension->bindBackendLibrary(sim.handle()));
-    ASSERT_TRUE(extension->loadConfig(R"({"devices":[{"consolidate_kor_extension":true}]})"));
-    const size_t before = sim.ledger().size();
-    int device = 0;
-    EXPECT_FALSE(extension->enableKorExtension(&device));
-    EXPECT_EQ(sim.ledger().size(), before);
-    EXPECT_THAT(Extension::errors(), IsEmpty());
 }
 
 }  // namespace

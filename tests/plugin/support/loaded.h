@@ -1,10 +1,9 @@
-// What ships, loaded as a host loads it, and the simulated backend beside it.
+// What ships, loaded as a host loads it, and the simulated libraries beside it.
 #pragma once
 
 #include <gtest/gtest.h>
 
 #include <cstdio>
-#include <memory>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -19,7 +18,7 @@ namespace platform = runhost::platform;
 
 class Library {
 public:
-    explicit Library(const char* path) {
+    explicit Library(const std::string& path) {
         std::string error;
         m_handle = platform::loadLibrary(path, error);
         if (m_handle == nullptr) throw std::runtime_error(error);
@@ -40,15 +39,16 @@ private:
     void* m_handle = nullptr;
 };
 
-// A simulated library, put back to its start.
-class Simulated : public Library {
+// A simulated library, put back to its start; the backend unless told otherwise.
+class Sim : public Library {
 public:
-    explicit Simulated(const char* path) : Library(path) { find<ZantSimClearFn>("ZantSim_clear")(); }
+    explicit Sim(const std::string& path = SIM_BACKEND_LIBRARY) : Library(path) {
+        find<ZantSimClearFn>("ZantSim_clear")();
+    }
 
     std::vector<std::string> ledger() const {
-        const auto size = find<ZantSimLedgerSizeFn>("ZantSim_ledgerSize");
         const auto entry = find<ZantSimLedgerEntryFn>("ZantSim_ledgerEntry");
-        std::vector<std::string> lines(size());
+        std::vector<std::string> lines(find<ZantSimLedgerSizeFn>("ZantSim_ledgerSize")());
         for (size_t i = 0; i < lines.size(); ++i) {
             char text[512];
             entry(i, text, sizeof(text));
@@ -59,38 +59,16 @@ public:
     void failNthCall(const char* operation, uint32_t n, uint64_t status) const {
         find<ZantSimFailNthCallFn>("ZantSim_failNthCall")(operation, n, status);
     }
-};
-
-class Sim : public Simulated {
-public:
-    Sim() : Simulated(SIM_BACKEND_LIBRARY) {}
-
-    void setVersion(uint32_t major, uint32_t minor) const {
-        find<ZantSimSetApiVersionFn>("ZantSim_setApiVersion")(major, minor, 0);
-    }
-    void setProviders(std::vector<uint32_t> ids) const {
-        find<ZantSimSetProvidersFn>("ZantSim_setProviders")(ids.data(), ids.size());
-    }
     ZantInterfaceGetProviders getProviders() const {
         return find<ZantInterfaceGetProviders>("ZantInterface_getProviders");
     }
-};
-
-inline const ZantProviderRecord& ourProvider(const Sim& sim) {
-    const ZantProviderRecord** list = nullptr;
-    uint32_t count = 0;
-    sim.getProviders()(&list, &count);
-    for (uint32_t i = 0; i < count; ++i) {
-        if (list[i]->backendId == ZANT_BACKEND_ID_KOR) return *list[i];
+    const ZantProviderRecord& provider() const {
+        const ZantProviderRecord** list = nullptr;
+        uint32_t count = 0;
+        getProviders()(&list, &count);
+        return *list[1];  // behind the decoy
     }
-    throw std::runtime_error("no provider of ours");
-}
-
-inline const ZantPerfInfrastructure& infrastructure(const ZantProviderRecord& provider) {
-    const ZantPerfInfrastructure* table = nullptr;
-    if (provider.deviceGetInfrastructure(&table) != 0) throw std::runtime_error("no infrastructure");
-    return *table;
-}
+};
 
 // An object of the extension library that logs into errors(); the library is unloaded with it.
 class Extension {

@@ -1,5 +1,8 @@
-// Another program's run: its exit status and what it printed.
+// A run of the reference host: its exit status and what it printed.
 #pragma once
+
+#include <gtest/gtest.h>
+#include <rapidjson/document.h>
 
 #include <array>
 #include <cstdio>
@@ -7,8 +10,6 @@
 #include <sstream>
 #include <string>
 #include <vector>
-
-#include <gtest/gtest.h>
 
 #include "platform.h"
 #include "plugin/support/system.h"
@@ -35,9 +36,16 @@ inline std::string readStream(std::FILE* stream) {
     return text;
 }
 
-// Runs the reference host.
 inline ProcessResult runHost(const std::string& arguments) {
     return runProgram(RUNHOST, arguments);
+}
+
+// What the host reports as JSON.
+inline rapidjson::Document json(const std::string& arguments) {
+    const ProcessResult result = runHost(arguments + " --json");
+    rapidjson::Document report;
+    EXPECT_FALSE(report.Parse(result.output.c_str()).HasParseError()) << result.output;
+    return report;
 }
 
 // The arguments that make runhost run as another machine; none where the library sees the real one only.

@@ -2,21 +2,11 @@
 // answer it.
 #pragma once
 
-#include <set>
 #include <string>
 
 namespace testing_support {
 
-// The names that a library's file defines for others.
-std::set<std::string> exportedNames(const std::string& path);
-
 bool isLoaded(const std::string& path);
-
-// Whether the simulated machine notices memory that took the place of other memory under the same descriptor.
-bool seesMemoryReplaced();
-
-// Names the calling thread.
-void nameThread(const char* name);
 
 struct ProcessResult;
 
