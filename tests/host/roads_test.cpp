@@ -81,9 +81,10 @@ TEST(Roads, AFailureOfTheMachineIsSeenAndNothingIsLeftBehind) {
         const char* name;
     };
     for (const Case& failing :
-         {Case{"createContextsFromBinaryList=1", "createContextsFromBinaryList FAILED"},
+         {Case{"getApiVersion=1", "bindBackendLibrary FAILED"},
+          Case{"createContextsFromBinaryList=1", "createContextsFromBinaryList FAILED"},
           Case{"darmem_alloc=1", "finalizeExternalBufferPools FAILED"}, Case{"memoryRegister=11", "allocate FAILED"},
-          Case{"contextSetConfig=1", "detachBuffers FAILED"}, Case{"contextFinalize=2", "attachBuffers FAILED"}}) {
+          Case{"contextSetConfig=0", "detachBuffers FAILED"}, Case{"contextFinalize=2", "attachBuffers FAILED"}}) {
         const auto report = json(binaryList("--pools --detach --fail " + std::string(failing.failure)));
         EXPECT_FALSE(report["succeeded"].GetBool()) << failing.failure;
         EXPECT_THAT(calls(report, ""), testing::Contains(failing.name)) << failing.failure;

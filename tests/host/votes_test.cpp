@@ -41,10 +41,14 @@ TEST(Votes, OfTheExampleAreHeldBetweenRunsAndFallInThePause) {
 }
 
 TEST(Votes, WithoutAVotingThreadComeFromHostAndTimer) {
-    const TemporaryDocument document(R"({"devices":[{"async_voting":false,"cores":[{"perf_profile":"balanced"}]}]})");
+    const TemporaryDocument document(
+        R"({"devices":[{"core_id":[3],"async_voting":false,"cores":[{"perf_profile":"balanced"}]}]})");
     const rapidjson::Document report =
         json("run '" + document.path() + "' --profile sustained_high_performance --final-pause-ms 400");
     EXPECT_THAT(voteList(report), testing::IsSupersetOf({"Run 1 host TURBO", "Pause timer SVS"}));
+    const auto& last = report["votes"][report["votes"].Size() - 1];
+    EXPECT_EQ(last["core"].GetUint(), 3U);
+    EXPECT_TRUE(last["id_destroyed"].GetBool());
 }
 
 TEST(Votes, GraphRecordsShowByNameAndLateOnesInTheFirstRunAlone) {
