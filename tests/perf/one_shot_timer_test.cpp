@@ -201,14 +201,6 @@ TEST_F(OneShotTimerTest, AFiringRefusesStartsAndIsWaitedForByStopAndShutdown) {
     }
 }
 
-TEST_F(OneShotTimerTest, ShutdownNeitherFiresNorWaitsForTheDeadline) {
-    ASSERT_TRUE(m_timer.start(100));
-    ASSERT_TRUE(m_clock.awaitSleeper(100 * NS_PER_US));
-    m_clock.jump(200 * NS_PER_US);
-    m_timer.shutdown();
-    EXPECT_EQ(m_firings.count, 0);
-}
-
 TEST(OneShotTimerClock, TheSystemsOwnClockServesTheTimer) {
     Firings firings;
     OneShotTimer timer;

@@ -84,20 +84,14 @@ TEST_F(PowerVotesTest, EveryProfileSendsItsRow) {
         Records list;
     } rows[] = {
         {{0}, 1000, 0x60, 0x60, {}},
-        {{1}, 1000, 0x70, 0x70, {}},
         {{3, 4}, 100, 0x80, 0x80, {}},
         {{5}, 40, 0xA0, 0xA0, {}},
         {{6}, 40, 0xA0, 0xA0, {{5, 0, 0x1C0, 0x1C0, 0x1C0, 0}, ceng(0x90, 0), ddr}},
         {{7, 8, 9}, 1000, 0x60, 0x50, {dru0, ceng(0x60, 0)}},
-        {{10}, 100, 0x80, 0x50, {druC, ceng(0x60, 0)}},
         {{11}, 100, 0x90, 0x60, {druC, ceng(0x60, 0)}},
         {{12}, 1000, 0x10, 0x10, {dru0, ceng(0x10, 1)}},
-        {{13}, 1000, 0x30, 0x10, {dru0, ceng(0x30, 1)}},
-        {{14}, 1000, 0x50, 0x30, {dru0, ceng(0x40, 1)}},
         {{15}, 1000, 0x60, 0x40, {dru0, ceng(0x50, 1)}},
         {{16}, 1000, 0x10, 0x10, {}},
-        {{17}, 1000, 0x30, 0x30, {}},
-        {{18}, 1000, 0x40, 0x40, {}},
         {{19}, 1000, 0x50, 0x50, {}},
     };
     KORCoreConfig core = coreWith(1);
@@ -130,11 +124,8 @@ TEST_F(PowerVotesTest, ProfilesWithoutARow) {
         Texts lines;
     } rows[] = {
         {2, 79, true, {}},
-        {20, 79, true, {}},
-        {22, 79, false, {"1 Invalid performance profile 22 to set power configs"}},
         {0xFFFFFFFF, 79, false, {"1 Invalid performance profile -1 to set power configs"}},
         {6, 78, false, {tooOld + "78"}},
-        {15, 0, false, {tooOld + "0"}},
     };
     for (const auto& row : rows) {
         setUp(coreWith(row.profile), row.arch);
@@ -146,8 +137,6 @@ TEST_F(PowerVotesTest, ProfilesWithoutARow) {
     }
     setUp(coreWith(6), NO_LIST);
     EXPECT_TRUE(m_votes.voteProfile(0)) << "an empty list passes";
-    setUp(coreWith(5), 68);
-    EXPECT_TRUE(m_votes.voteProfile(0));
     PowerVotes withoutIds;
     EXPECT_TRUE(withoutIds.voteProfile(0)) << "profile 21, not looked at without ids";
     EXPECT_TRUE(withoutIds.voteFloor(0));
@@ -324,11 +313,9 @@ TEST_F(PowerVotesTest, IdsAreMadeByArchitectureAndClientContext) {
         Texts making, voting, unmaking;
     } rows[] = {
         {69, false, "", true, both, {"set 102", "set 101"}, {"destroy 102", "destroy 101"}},
-        {68, false, "", true, {}, {"set 0"}, {}},
         {NO_LIST, false, "", true, {}, {"set 0"}, {}},
         {68, true, "", true, cancelled, {"set 102", "set 101"}, {"destroy 102", "destroy 101"}},
         {68, true, "destroy 0", true, cancelled, {"set 102", "set 101"}, {"destroy 102", "destroy 101"}},
-        {79, true, "create 0 1", false, both, {"set 101"}, {}},
         {79, true, "create 0 3", false, {"create 0 3"}, {}, {}},
         {79, true, "destroy 102", true, both, {"set 102", "set 101"}, {"destroy 102", "destroy 101"}},
     };
@@ -357,16 +344,6 @@ TEST_F(PowerVotesTest, IdsAreMadeByArchitectureAndClientContext) {
                                                "1 Dar Link default vote cancellation failed!"));
 }
 
-TEST_F(PowerVotesTest, TheMemoryConfigGoesToEachCoreUpToTheFirstFailure) {
-    for (const bool fails : {false, true}) {
-        setUp(coreWith(1), 79, {3, 1}, true, fails ? "memory 0 3 1 33554432" : "");
-        EXPECT_EQ(m_votes.setMemoryConfig(), !fails);
-        EXPECT_EQ(m_infra->takeCalls().size(), fails ? 1U : 2U);
-        EXPECT_EQ(otherLines().front(),
-                  fails ? "1 Perf Infra set memory config return: [5]" : "3 Perf Infra set memory config return [0]");
-    }
-}
-
 TEST_F(PowerVotesTest, SettingsThatTravelOnce) {
     const std::string rpcLatency = "3 Windows platform does not support RPC control latency";
     const std::string adaptive = "3 Windows platform does not support adaptive polling";
@@ -379,10 +356,8 @@ TEST_F(PowerVotesTest, SettingsThatTravelOnce) {
         {1, kor::NOT_SET, 300000, {}, {rpcLatency}},
         {1, kor::NOT_SET, 299999, {{4, 299999}}, {rpcLatency}},
         {1, 55, 300000, {{3, 55}}, {rpcLatency, adaptive}},
-        {5, 0, 300000, {}, {rpcLatency}},
         {5, kor::NOT_SET, 1, {{4, 1}, polls}, {rpcLatency, adaptive}},
         {10, kor::NOT_SET, 300000, {polls}, {rpcLatency, adaptive}},
-        {4, kor::NOT_SET, 300000, {}, {rpcLatency}},
     };
     for (const auto& row : rows) {
         KORCoreConfig core = coreWith(row.profile);

@@ -17,7 +17,7 @@ namespace {
 using zant::test::twice;
 
 void runAsMachine(const std::string& name) {
-    const auto machine = std::filesystem::path(__FILE__).parent_path() / "../../sim/machines" / name;
+    const auto machine = std::filesystem::path(SIM_MACHINES_DIR) / name;
     ASSERT_TRUE(std::filesystem::exists(machine));
     ASSERT_EQ(setenv("ZELMAR_PLATFORM_ROOT", machine.c_str(), 1), 0);
 }
