@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 
 #include <cstring>
+#include <sstream>
 
 #include "support/loaded_config.h"
 
@@ -23,6 +24,10 @@ std::string show(const Control& control) {
     return text;
 }
 
+std::string showAll(const State& s) {
+    return show(s.dcvs) + "|" + show(s.dru) + "|" + show(s.ceng) + "|" + show(s.dcvsExp) + "|" + show(s.cengExp);
+}
+
 // Which controls of each state were applied, one letter each.
 std::string flags(const LoadedConfig& loaded) {
     std::string text;
@@ -38,27 +43,25 @@ const State& stateOf(const LoadedConfig& loaded, size_t number) {
     return loaded.devices.at(0).core.customPerfStates.at(number);
 }
 
-// The six corners of a control, each with the next name; in a pair with "done" for the object form.
-std::string corners(const std::string& prefix, const std::vector<const char*>& names, const std::string& done = "") {
-    const char* const keys[] = {"busVoltageCornerMin",  "busVoltageCornerTarget",  "busVoltageCornerMax",
-                                "coreVoltageCornerMin", "coreVoltageCornerTarget", "coreVoltageCornerMax"};
-    std::string text;
-    for (size_t i = 0; i < 6; ++i) {
-        const std::string name = '"' + prefix + names[i] + '"';
-        text += std::string(i == 0 ? "" : ",") + '"' + keys[i] + "\":";
-        text += done.empty() ? name : "{\"done\":\"" + done + "\",\"start\":" + name + "}";
+// Behind other members: the corners of the units, each with the next name of the table; in a pair with "done" for the
+// object form.
+std::string corners(const std::string& table, const std::vector<std::string>& units, const std::string& done = "") {
+    std::istringstream names(table == "EXP" ? "MIN RET MIN_SVS LOW_SVS SVS NOM"
+                                            : "SVS2 SVS SVS_PLUS NOM NOM_PLUS TURBO");
+    std::string text, name;
+    for (const std::string& unit : units) {
+        for (const char* end : {"Min", "Target", "Max"}) {
+            names >> name;
+            const std::string value = "\"DCVS_" + table + "_VCORNER_" + name + '"';
+            text += ",\"" + unit + "VoltageCorner" + end + "\":";
+            text += done.empty() ? value : "{\"done\":\"" + done + "\",\"start\":" + value + "}";
+        }
     }
     return text;
 }
-const std::string PLAIN = corners("DCVS_VOLTAGE_VCORNER_", {"SVS2", "SVS", "SVS_PLUS", "NOM", "NOM_PLUS", "TURBO"});
-const std::string EXP = corners("DCVS_EXP_VCORNER_", {"MIN", "RET", "MIN_SVS", "LOW_SVS", "SVS", "NOM"});
-const std::string MODE = R"("powerMode":"ZANT_KOR_PERF_INFRASTRUCTURE_POWERMODE_PERFORMANCE_MODE",)";
-
-std::string threeCorners(const std::string& unit, const std::string& table) {
-    const std::string key = '"' + unit + "VoltageCorner", value = "\":\"DCVS_" + table + "_VCORNER_";
-    return key + "Min" + value + "SVS\"," + key + "Target" + value + "NOM\"," + key + "Max" + value +
-           (table == "EXP" ? "TUR" : "TURBO") + "\"";
-}
+const std::string PLAIN = corners("VOLTAGE", {"bus", "core"});
+const std::string EXP = corners("EXP", {"bus", "core"});
+const std::string MODE = R"(,"powerMode":"ZANT_KOR_PERF_INFRASTRUCTURE_POWERMODE_PERFORMANCE_MODE")";
 
 LoadedConfig loadCore(const std::string& members, const std::string& profile = "custom") {
     return loadDocument(R"({"devices":[{"cores":[{"perf_profile":")" + profile + "\"," + members + "}]}]}");
@@ -66,37 +69,31 @@ LoadedConfig loadCore(const std::string& members, const std::string& profile = "
 
 TEST(CustomPerf, AnItemFillsTheStatesThatItNames) {
     const LoadedConfig loaded =
-        loadCore(R"("custom":[{"dcvsControl":{"enableDcvs":false,"sleep_latency_us":7,"sleep_disable":true,)" + MODE +
-                 PLAIN + R"(},"druControl":{"druPickDefault":1,"druPerfMode":255,)" + threeCorners("dru", "EXP") +
-                 R"(},"cengControl":{"cengPerfMode":2,)" + threeCorners("ceng", "VOLTAGE") +
-                 R"(},"dcvsExpControl":{"sleep_latency_us":8,"sleepDisable":9,"corePerfMode":3,"busPerfMode":4,)" +
-                 MODE + EXP + R"(},"cengExpControl":{"cengPerfMode":5,)" + threeCorners("ceng", "EXP") +
+        loadCore(R"("custom":[{"dcvsControl":{"enableDcvs":false,"sleep_latency_us":7,"sleep_disable":true)" + MODE +
+                 PLAIN + R"(},"druControl":{"druPickDefault":1,"druPerfMode":255)" + corners("EXP", {"dru"}) +
+                 R"(},"cengControl":{"cengPerfMode":2)" + corners("VOLTAGE", {"ceng"}) +
+                 R"(},"dcvsExpControl":{"sleep_latency_us":8,"sleepDisable":9,"corePerfMode":3,"busPerfMode":4)" +
+                 MODE + EXP + R"(},"cengExpControl":{"cengPerfMode":5)" + corners("EXP", {"ceng"}) +
                  R"(},"sustainInferencePerfState":true,"graphState":["init_start","inference_start"]}])");
     EXPECT_TRUE(loaded.result);
     EXPECT_THAT(loaded.texts, IsEmpty());
     EXPECT_EQ(flags(loaded), "drcDC||drcDC||||");
     EXPECT_TRUE(loaded.devices[0].core.sustainInferencePerfState);
     for (const size_t number : {0U, 2U}) {
-        const State& state = stateOf(loaded, number);
-        EXPECT_EQ(show(state.dcvs), "0 16 7 1 48 64 80 96 112 128");
-        EXPECT_EQ(show(state.dru), "1 255 384 512 640");
-        EXPECT_EQ(show(state.ceng), "64 96 128 2");
-        EXPECT_EQ(show(state.dcvsExp), "16 8 9 256 272 304 320 384 512 3 4");
-        EXPECT_EQ(show(state.cengExp), "384 512 640 5");
+        EXPECT_EQ(showAll(stateOf(loaded, number)),
+                  "0 16 7 1 48 64 80 96 112 128|1 255 256 272 304|48 64 80 2|16 8 9 256 272 304 320 384 512 3 4|"
+                  "256 272 304 5");
     }
-    const State& other = stateOf(loaded, 1);
-    EXPECT_EQ(show(other.dcvs), "1 4 1000 0 32 32 32 32 32 32");
-    EXPECT_EQ(show(other.dru), "0 0 256 256 256");
-    EXPECT_EQ(show(other.ceng), "32 32 32 0");
-    EXPECT_EQ(show(other.dcvsExp), "4 1000 0 256 256 256 256 256 256 0 0");
-    EXPECT_EQ(show(other.cengExp), "256 256 256 0");
+    EXPECT_EQ(showAll(stateOf(loaded, 1)),
+              "1 4 1000 0 32 32 32 32 32 32|0 0 256 256 256|32 32 32 0|4 1000 0 256 256 256 256 256 256 0 0|"
+              "256 256 256 0");
 }
 
 TEST(CustomPerf, TheObjectFormFillsStartAndDoneStates) {
-    const std::string names = corners("DCVS_VOLTAGE_VCORNER_", {"SVS2", "SVS", "SVS_PLUS", "NOM", "NOM_PLUS", "TURBO"},
-                                      "DCVS_VOLTAGE_CORNER_DISABLE");
-    const std::string common = R"("sustainVote":true,"enableDcvs":false,"sleep_latency_us":3,"sleep_disable":true,)";
-    const LoadedConfig loaded = loadCore(R"("custom":{"dcvsControl":{"x":1,)" + common + MODE + names + "}}");
+    const LoadedConfig loaded =
+        loadCore(R"("custom":{"dcvsControl":{"x":1,"sustainVote":true,"enableDcvs":false,"sleep_latency_us":3,)"
+                 R"("sleep_disable":true)" +
+                 MODE + corners("VOLTAGE", {"bus", "core"}, "DCVS_VOLTAGE_CORNER_DISABLE") + "}}");
     EXPECT_TRUE(loaded.result);
     EXPECT_TRUE(loaded.devices.at(0).core.sustainInferencePerfState);
     EXPECT_EQ(flags(loaded), "d|d|d|d|d|d|");
@@ -107,12 +104,13 @@ TEST(CustomPerf, TheObjectFormFillsStartAndDoneStates) {
 }
 
 TEST(CustomPerf, ItemsReplaceStatesWholeAcrossCores) {
-    const std::string second =
-        R"({"custom":[{"graphState":["inference_done"],"cengControl":{)" + threeCorners("ceng", "VOLTAGE") + "}}]}";
-    const LoadedConfig two = loadDocument(
-        R"({"devices":[{"cores":[{"perf_profile":"custom","druControl":{"druPickDefault":5},"custom":[)"
-        R"({"druControl":{"druPickDefault":6},"graphState":["init_done","init_start"],"dcvsControl":{)" +
-        PLAIN + "}}]}," + second + R"(,{"custom":[{"graphState":["deinit_start"]},{"graphState":["init_done"]}]}]}]})");
+    const LoadedConfig two =
+        loadDocument(R"({"devices":[{"cores":[{"perf_profile":"custom","druControl":{"druPickDefault":5},"custom":[)"
+                     R"({"druControl":{"druPickDefault":6},"graphState":["init_done","init_start"],)"
+                     R"("dcvsControl":{"enableDcvs":true)" +
+                     PLAIN + R"(}}]},{"custom":[{"graphState":["inference_done"],"cengControl":{"cengPerfMode":1)" +
+                     corners("VOLTAGE", {"ceng"}) +
+                     R"(}}]},{"custom":[{"graphState":["deinit_start"]},{"graphState":["init_done"]}]}]}]})");
     EXPECT_TRUE(two.result);
     // Items of one index in several cores go on filling one pending record; the last item replaced init_done whole.
     EXPECT_EQ(flags(two), "drc||r|drc|drc||");
@@ -121,16 +119,10 @@ TEST(CustomPerf, ItemsReplaceStatesWholeAcrossCores) {
 }
 
 TEST(CustomPerf, Refusals) {
-    struct Case {
-        std::string members;
-        bool result;
-        std::string flags;
-        std::vector<std::string> texts;
-    };
     const std::string corner = "1 Invalid Exp Voltage Corner Passed: x";
     const std::string item = R"("custom":[{"graphState":["init_done"],)";
-    const std::string legacy = corners("", {"x", "x", "x", "x", "x", "x"}, "x");
-    const Case cases[] = {
+    const std::string legacy = R"("dcvsControl":{"enableDcvs":false)" + corners("VOLTAGE", {"bus", "core"}, "x") + "}}";
+    const std::tuple<std::string, bool, std::string, std::vector<std::string>> cases[] = {
         // A clock mode is stored as invalid and the section goes on; a name ends it, except from a core's druControl.
         {item + R"("druControl":{"druPerfMode":300}}])",
          true,
@@ -139,37 +131,33 @@ TEST(CustomPerf, Refusals) {
         {R"("druControl":{"druVoltageCornerMin":"x","druPerfMode":1})", true, "r||r||r||", {corner}},
         {item + R"("druControl":{"druVoltageCornerMin":"x"}}])", false, "||||||", {corner}},
         {item + R"("druControl":{"x":1}}])", false, "||||||", {}},
-        {item + R"("dcvsControl":{"powerMode":"x",)" + PLAIN + "}}]", false, "||||||", {"1 Invalid Power Mode : x"}},
         {R"("custom":[{"x":1,"graphState":["init_done"]}])",
          false,
          "||||||",
          {"2 Graph state in a backend config must be set to apply custom performance configuration\n"}},
-        {R"("custom":{"x":1,"dcvsControl":{)" + legacy + "}}", false, "||||||", {}},
-        {R"("custom":{"dcvsControl":{)" + legacy + "}}",
+        {R"("custom":{"x":1,)" + legacy, false, "||||||", {}},
+        {R"("custom":{)" + legacy,
          false,
          "|d||d||d|",
          {"1 Invalid Voltage Corner Passed : x",
           "1 Custom configuration of Bus and Core voltage corners requires perfProfile specification as CUSTOM"}},
     };
-    for (const Case& row : cases) {
-        const LoadedConfig loaded = loadCore(row.members, "burst");
-        EXPECT_EQ(loaded.result, row.result) << row.members;
-        EXPECT_EQ(flags(loaded), row.flags) << row.members;
-        EXPECT_EQ(loaded.texts, row.texts) << row.members;
+    for (const auto& [members, result, applied, texts] : cases) {
+        const LoadedConfig loaded = loadCore(members, "burst");
+        EXPECT_EQ(loaded.result, result) << members;
+        EXPECT_EQ(flags(loaded), applied) << members;
+        EXPECT_EQ(loaded.texts, texts) << members;
     }
-    EXPECT_EQ(show(stateOf(loadCore(cases[0].members), 1).dru), "0 2147483647 256 256 256");
-    const LoadedConfig core = loadCore(cases[1].members);
+    EXPECT_EQ(show(stateOf(loadCore(std::get<0>(cases[0])), 1).dru), "0 2147483647 256 256 256");
+    const LoadedConfig core = loadCore(std::get<0>(cases[1]));
     EXPECT_EQ(show(stateOf(core, 0).dru), "0 1 2147483647 256 256");
     EXPECT_EQ(show(stateOf(core, 2).dru), "0 1 256 256 256");
 }
 
 TEST(CustomPerf, ProfileAndCornersGoTogether) {
-    const std::string item = R"("custom":[{"graphState":["init_done"],"dcvsExpControl":{)" + EXP + "}}]";
     const std::string needs =
         "1 Performance profile CUSTOM requires custom configuration of Core and Bus voltage corners.";
     const std::string custom = R"({"cores":[{"perf_profile":"custom"}]})";
-    EXPECT_TRUE(loadCore(item).result);
-    EXPECT_FALSE(loadCore(item, "burst").result);
     // Only the first device is checked, and the check comes whatever the sections said.
     checkComplaints({
         {R"({"devices":[{"cores":[{"perf_profile":"custom","druControl":{"druPerfMode":1}}]}]})", false, {needs}},

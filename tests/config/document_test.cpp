@@ -4,7 +4,6 @@
 #include <filesystem>
 #include <fstream>
 
-#include "config/schema.h"
 #include "support/loaded_config.h"
 #include "support/scratch_folder.h"
 
@@ -12,13 +11,11 @@ namespace zant::test {
 namespace {
 
 using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::MatchesRegex;
 namespace fs = std::filesystem;
 
 const std::string PARSE_FAILED = "1 KOR backend extensions failed to parse config.";
-const std::string SCHEMA_FAILED = "1 backend config file schema validation failed";
 
 class ConfigDocumentTest : public testing::Test {
 protected:
@@ -31,18 +28,15 @@ protected:
     const ScratchFolder m_folder;
 };
 
-std::string nested(int levels) {
-    return R"({"a":)" + std::string(static_cast<size_t>(levels - 1), '[') +
-           std::string(static_cast<size_t>(levels - 1), ']') + "}";
+std::string nested(size_t levels) {
+    return R"({"a":)" + std::string(levels - 1, '[') + std::string(levels - 1, ']') + "}";
 }
 
 TEST_F(ConfigDocumentTest, AcceptsWhatStrictJsonAccepts) {
     EXPECT_TRUE(loadDocument("").result);
     const std::string accepted[] = {
-        "{}",
         "{} \t\r\n",
-        R"({"unknown":{"a":[1,null,"x"]},"x":null})",
-        R"({"devices":[],"graphs":[],"context":[],"groupContext":{},"memory":{}})",
+        R"({"unknown":{"a":[1,null,"x"]},"x":null,"devices":[],"context":[],"memory":{}})",
         R"({"a":1e-400,"b":1e0000000000001})",
         R"({"a":"[[[[\"{{{ 1e99999999999 \\"})",
         nested(512),
@@ -58,34 +52,30 @@ TEST_F(ConfigDocumentTest, AcceptsWhatStrictJsonAccepts) {
 }
 
 TEST_F(ConfigDocumentTest, RefusesWhatIsNotJson) {
-    const std::string zeros(60, '0');
     const std::string refused[] = {
         "{",
         "{} x",
-        "{}{}",
         R"({"a":1,})",
         "{/**/}",
         R"({"a":NaN})",
         R"({"a":1e400})",
         R"({"a":"\)",
-        R"({"a":0.)" + zeros + "1e-2147483639}",
+        R"({"a":0.)" + std::string(60, '0') + "1e-2147483639}",
         R"({"a":-1E-00099999999999999999})",
         nested(513),
         R"({"a":)" + std::string(100000, '['),
         std::string("{\0}", 3),
     };
     for (const std::string& text : refused) {
-        const LoadedConfig fromText = loadDocument(text);
-        EXPECT_FALSE(fromText.result) << text;
-        EXPECT_THAT(fromText.texts, ElementsAre("1 Input string is not valid JSON, check format", PARSE_FAILED))
-            << text;
+        const LoadedConfig loaded = loadDocument(text);
+        EXPECT_FALSE(loaded.result) << text;
+        EXPECT_THAT(loaded.texts, ElementsAre("1 Input string is not valid JSON, check format", PARSE_FAILED)) << text;
     }
-    for (const std::string& content :
-         {refused[0], refused[1], nested(513), std::string(), std::string("\xEF\xBB\xBF{}")}) {
+    for (const std::string& content : {refused[0], nested(513), std::string(), std::string("\xEF\xBB\xBF{}")}) {
         const std::string config = file(content);
-        const LoadedConfig fromFile = loadDocument(config);
-        EXPECT_FALSE(fromFile.result) << content;
-        EXPECT_THAT(fromFile.texts,
+        const LoadedConfig loaded = loadDocument(config);
+        EXPECT_FALSE(loaded.result) << content;
+        EXPECT_THAT(loaded.texts,
                     ElementsAre("1 Input file " + config + " is not valid JSON, check format", PARSE_FAILED));
     }
 }
@@ -101,45 +91,42 @@ TEST_F(ConfigDocumentTest, RefusesWhatIsNoReadableFile) {
     EXPECT_THAT(loadDocument(huge).texts, ElementsAre("1 Cannot allocate memory for configFileBuffer", PARSE_FAILED));
 }
 
+// One fault of each kind of type, and the kinds of place where a type may stand.
 TEST_F(ConfigDocumentTest, SchemaFaultNamesThePlaceAndTheKeyword) {
-    struct Fault {
-        std::string config, key, error;
+    const struct {
+        std::string config, key, keyword;
+    } faults[] = {
+        {file("[]"), "", "type"},
+        {R"({"devices":[{"device_id":"x"}]})", "/devices/0/device_id", "type"},
+        {R"({"devices":[{"core_id":[1,2.5]}]})", "/devices/0/core_id/1", "type"},
+        {R"({"devices":[{"cores":[{"custom":{}}]}]})", "/devices/0/cores/0/custom", "anyOf"},
+        {R"({"devices":[{"cores":[{"custom":[{"graphState":[]}]}]}]})", "/devices/0/cores/0/custom", "anyOf"},
+        {R"({"devices":[{"cores":[{"druControl":{"druPerfMode":"x"}}]}]})", "/devices/0/cores/0/druControl/druPerfMode",
+         "type"},
+        {R"({"graphs":[{"O":1},{"O":1.5}]})", "/graphs/1/O", "multipleOf"},
+        {R"({"graphs":[{"dru_op_bounding":{"dru_frequency":1}}]})", "/graphs/0/dru_op_bounding", "required"},
+        {R"({"context":[{"graph_splitting_configs":{"num_prepare_threads":"x"}}]})", "/context", "anyOf"},
+        {R"({"groupContext":{"share_resources":1}})", "/groupContext/share_resources", "type"},
+        {R"({"memory":{"mem_type":"other"}})", "/memory/mem_type", "enum"},
     };
-    const Fault faults[] = {
-        {file("[]"), "", R"(\{"type":\{.*"instanceRef":"#".*"schemaRef":"#".*)"},
-        {R"({"devices":[{"device_id":"x"}]})", "/devices/0/device_id",
-         R"(\{"type":\{.*"instanceRef":"#/devices/0/device_id".*"schemaRef":"#/.*)"},
-        {R"({"graphs":[{"O":1},{"O":1.5}]})", "/graphs/1/O", R"(\{"multipleOf":\{.*"instanceRef":"#/graphs/1/O".*)"},
-        {R"({"graphs":[{"dru_op_bounding":{"dru_frequency":1}}]})", "/graphs/0/dru_op_bounding", R"(\{"required":.*)"},
-        {R"({"memory":{"mem_type":"other"}})", "/memory/mem_type", R"(\{"enum":.*)"},
-    };
-    for (const Fault& fault : faults) {
+    for (const auto& fault : faults) {
         const LoadedConfig loaded = loadDocument(fault.config);
         EXPECT_FALSE(loaded.result) << fault.config;
         EXPECT_THAT(loaded.texts, ElementsAre("1 Input file does not adhere to schema, error in key: " + fault.key,
-                                              MatchesRegex("1 Schema error:\n" + fault.error), SCHEMA_FAILED));
+                                              MatchesRegex("1 Schema error:\n\\{\"" + fault.keyword +
+                                                           "\":.*\"instanceRef\":\"#" + fault.key + "\".*"),
+                                              "1 backend config file schema validation failed"));
     }
-}
-
-TEST_F(ConfigDocumentTest, BrokenSchemaTextFails) {
-    kor::ConfigDocument document;
-    ASSERT_TRUE(kor::loadConfigString(document, "{}"));
-    LogCapture log;
-    EXPECT_FALSE(kor::validateDocument(document, "{"));
-    EXPECT_FALSE(kor::loadConfigString(document, ""));
-    EXPECT_THAT(log.texts(),
-                ElementsAre("1 Backend provided schema is not valid JSON, check format", "1 Empty string for parsing"));
 }
 
 TEST_F(ConfigDocumentTest, AFailedSectionStopsAloneAndTheOthersAreRead) {
     const LoadedConfig loaded = loadDocument(
         R"({"devices":[{"soc_id":7,"device_id":-1,"core_type":9}],"graphs":[{"graph_names":["g"],"num_cores":-1}],)"
-        R"("context":{"group_id":-1},"groupContext":{"share_resources":true},"memory":{"mem_type":"shared_buffer"}})");
+        R"("groupContext":{"share_resources":true},"memory":{"mem_type":"shared_buffer"}})");
     EXPECT_FALSE(loaded.result);
     EXPECT_THAT(loaded.texts,
                 ElementsAre("1 Exception occurred: Value of key (devices/0/device_id) is not convertible to uint32_t",
-                            "1 Exception occurred: Value of key (graphs/0/num_cores) is not convertible to uint32_t",
-                            "1 Exception occurred: Value of key (context/group_id) is not convertible to uint32_t"));
+                            "1 Exception occurred: Value of key (graphs/0/num_cores) is not convertible to uint32_t"));
     EXPECT_EQ(loaded.devices.at(0).socModel, 7U);
     EXPECT_EQ(loaded.devices.at(0).coreType, 0U);
     EXPECT_THAT(loaded.graphs.at(0).graphNames, ElementsAre("g"));
@@ -149,8 +136,6 @@ TEST_F(ConfigDocumentTest, AFailedSectionStopsAloneAndTheOthersAreRead) {
 
 TEST_F(ConfigDocumentTest, LaterLoadsWorkOnTheSameRecords) {
     ConfigRecords records;
-    EXPECT_FALSE(records.load("{"));
-    EXPECT_FALSE(records.load(R"({"devices":7})"));
     EXPECT_TRUE(records.load(R"({"devices":[{"device_id":1},{"device_id":2}]})"));
     // The index counts from the first record, so one appended for the second document stays unused.
     EXPECT_TRUE(records.load(R"({"devices":[{"soc_id":5}]})"));
@@ -158,7 +143,6 @@ TEST_F(ConfigDocumentTest, LaterLoadsWorkOnTheSameRecords) {
     EXPECT_EQ(records.devices[0].deviceId, 1U);
     EXPECT_EQ(records.devices[0].socModel, 5U);
     EXPECT_EQ(records.devices[1].deviceId, 2U);
-    EXPECT_EQ(records.devices[2].socModel, 0U);
 }
 
 }  // namespace
