@@ -93,9 +93,7 @@ TEST_F(ConfigDocumentTest, RefusesWhatIsNoReadableFile) {
 
 // One fault of each kind of type, and the kinds of place where a type may stand.
 TEST_F(ConfigDocumentTest, SchemaFaultNamesThePlaceAndTheKeyword) {
-    const struct {
-        std::string config, key, keyword;
-    } faults[] = {
+    const std::tuple<std::string, std::string, std::string> faults[] = {
         {file("[]"), "", "type"},
         {R"({"devices":[{"device_id":"x"}]})", "/devices/0/device_id", "type"},
         {R"({"devices":[{"core_id":[1,2.5]}]})", "/devices/0/core_id/1", "type"},
@@ -109,12 +107,12 @@ TEST_F(ConfigDocumentTest, SchemaFaultNamesThePlaceAndTheKeyword) {
         {R"({"groupContext":{"share_resources":1}})", "/groupContext/share_resources", "type"},
         {R"({"memory":{"mem_type":"other"}})", "/memory/mem_type", "enum"},
     };
-    for (const auto& fault : faults) {
-        const LoadedConfig loaded = loadDocument(fault.config);
-        EXPECT_FALSE(loaded.result) << fault.config;
-        EXPECT_THAT(loaded.texts, ElementsAre("1 Input file does not adhere to schema, error in key: " + fault.key,
-                                              MatchesRegex("1 Schema error:\n\\{\"" + fault.keyword +
-                                                           "\":.*\"instanceRef\":\"#" + fault.key + "\".*"),
+    for (const auto& [config, key, keyword] : faults) {
+        const LoadedConfig loaded = loadDocument(config);
+        EXPECT_FALSE(loaded.result) << config;
+        EXPECT_THAT(loaded.texts, ElementsAre("1 Input file does not adhere to schema, error in key: " + key,
+                                              MatchesRegex("1 Schema error:\n\\{\"" + keyword +
+                                                           "\":.*\"instanceRef\":\"#" + key + "\".*"),
                                               "1 backend config file schema validation failed"));
     }
 }
