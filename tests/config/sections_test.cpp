@@ -131,22 +131,6 @@ TEST(Contexts, EachFlagFillsItsFieldAndNoOther) {
     }
 }
 
-TEST(Contexts, GroupsAndTexts) {
-    const LoadedConfig loaded = loadContext(
-        R"("group_id":0,"x_group_id":5,"extended_udma":false,)"
-        R"("file_read_memory_budget_in_mb":0,"max_spill_fill_buffer_for_group":6,"reused_io_limit_mb":4294967297,)"
-        R"("concurrent_group_registration":{"group_id":0,"max_spill_fill_buffer_for_group":7})");
-    EXPECT_TRUE(loaded.result);
-    const C& context = loaded.contexts.at(0);
-    EXPECT_TRUE(context.partOfNewGroup && context.concurrentPartOfNewGroup);
-    EXPECT_THAT((std::vector{context.groupId, context.maxSpillFillBufferForGroup,
-                             context.concurrentMaxSpillFillBufferForGroup, context.reusedIoLimitMb}),
-                ElementsAre(5U, 6U, 7U, 4294967297U));
-    EXPECT_TRUE(context.extendedUdmaSet && context.fileReadMemoryBudgetSet);
-    EXPECT_EQ(loaded.texts.at(2), "3 Key: extended_udma, Value: 0");
-    EXPECT_EQ(loaded.texts.back(), "3 concurrent_group_registration - Key: max_spill_fill_buffer_for_group: 7");
-}
-
 TEST(Contexts, LoraGroupsGrowToTheirIndex) {
     const LoadedConfig loaded = loadContext(R"("lora_preload_buffer_group":[["a","c"],[],["b"]])");
     EXPECT_THAT(loaded.contexts.at(0).loraPreloadBufferGroups,
