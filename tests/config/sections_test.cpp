@@ -166,13 +166,15 @@ TEST(Contexts, TheNewFormOfGraphSplittingWins) {
     EXPECT_THAT(alone.texts, ElementsAre(warning, "3 Key: graph_splitting_enabled (deprecated), Value: true"));
 }
 
-TEST(Contexts, AKeyOfAnotherSectionCounts) {
+TEST(Contexts, KeysThatOnlyHoldTheWordCount) {
     EXPECT_EQ(loadDocument(R"({"devices":[{"use_client_context":true}]})").contexts.size(), 1U);
     EXPECT_TRUE(loadDocument(R"({"groupContext":{"share_resources":true}})").contexts.empty());
     // The first element named like the section gives the index, wherever it stands.
     const LoadedConfig nested = loadDocument(R"({"a":{"context":[{"prepare_only":true},{"prepare_only":true}]}})");
     ASSERT_EQ(nested.contexts.size(), 2U);
     EXPECT_TRUE(nested.contexts[1].prepareOnly);
+    const C group = loadContext(R"("group_id":0,"x_group_id":5)").contexts.at(0);
+    EXPECT_TRUE(group.partOfNewGroup && group.groupId == 5) << "a group that was new stays so";
 }
 
 TEST(Sections, Complaints) {

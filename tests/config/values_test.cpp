@@ -72,14 +72,6 @@ TEST(Values, GettersTakeTheirKindsAndRefuseTheRest) {
     }
 }
 
-TEST(Values, AKeyThatReachesNothing) {
-    LogCapture log;
-    EXPECT_EQ(outcome(R"({"a/b":1})", kor::getUint32), "Invalid key: a/b");
-    EXPECT_EQ(outcome(R"({"~":1})", kor::getString), "Invalid key: ~");
-    EXPECT_EQ(outcome(R"({"":1})", kor::getBool), "Invalid key: ");
-    EXPECT_THAT(log.texts(), ElementsAre("1 Empty key provided."));
-}
-
 // Where a table's numbers jump or two names meet, and names that a table lacks.
 TEST(Values, NamesHaveTheirWireNumbers) {
     constexpr uint32_t none = 0x7FFFFFFFU;
