@@ -25,7 +25,8 @@ std::string someName(Random& random) {
     static const std::string names[] = {
         "", "/", "~", "~0", "~1", "~x", "~01", "a", "b", "a/b", "/a", "a/", "//", "a~1b", "x", "0", "1", "00", "01",
         "2147483647", "99999999999", "-1", "1x", "devices", "devices/", "graphs", "context", "/devices", "custom",
-        "memory", "groupContext", "device", "s", "devices/1", "custom/1/", "graphs0", "O", "~1devices"};
+        "memory", "groupContext", "device", "s", "devices/1", "custom/1/", "graphs0", "O", "~1devices",
+        "a\\u0000b"};
     // clang-format on
     const size_t kind = pick(random, 10);
     if (kind < 7) return names[pick(random, std::size(names))];

@@ -1,4 +1,4 @@
-// A parser with the records that it fills, and tables of what documents give.
+// A parser with the records that it fills, and what documents give.
 #pragma once
 
 #include <gtest/gtest.h>
