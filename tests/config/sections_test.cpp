@@ -115,20 +115,41 @@ TEST(Graphs, FinalizeConfigIsTakenWholeAndOnce) {
     EXPECT_EQ(loadGraph(R"("O":1,"finalize_config":{"a":null,"b":{}})").graphs.at(0).finalizeConfig, "");
 }
 
+template <class Record, size_t N>
+void expectOwnFields(const std::pair<const char*, bool Record::*> (&flags)[N],
+                     std::vector<Record> ConfigRecords::*section, const std::string& open, const std::string& close) {
+    for (const auto& [member, field] : flags) {
+        const LoadedConfig loaded = loadDocument(open + "{\"" + member + "\":true}" + close);
+        for (const auto& other : flags) {
+            EXPECT_EQ((loaded.*section).at(0).*other.second, other.second == field) << member;
+        }
+    }
+}
+
 // fault: an option that fills the field of another, or a word that hides a longer one.
-TEST(Contexts, EachFlagFillsItsFieldAndNoOther) {
-    const std::pair<const char*, bool C::*> flags[] = {
+TEST(Sections, EachFlagFillsItsFieldAndNoOther) {
+    const std::pair<const char*, bool D::*> ofDevices[] = {
+        {"use_dynamic_partitioning", &D::useDynamicPartitioning},
+        {"enable_async_execute", &D::enableAsyncExecute},
+        {"enable_kor_extension", &D::enableKorExtension},
+        {"consolidate_kor_extension", &D::consolidateKorExtension},
+    };
+    expectOwnFields(ofDevices, &ConfigRecords::devices, R"({"devices":[)", "]}");
+    const std::pair<const char*, bool C::*> ofContexts[] = {
         {"reference_weight_sharing_enabled", &C::referenceWeightSharingEnabled},
         {"weight_sharing_enabled", &C::weightSharingEnabled},
+        {"dsp_memory_profiling_enabled", &C::dspMemoryProfilingEnabled},
+        {"io_memory_estimation", &C::ioMemoryEstimation},
         {"prepare_only", &C::prepareOnly},
+        {"init_acceleration", &C::initAcceleration},
+        {"skip_validation_on_binary_section", &C::skipValidationOnBinarySection},
         {"extended_udma", &C::extendedUdma},
         {"lora_weight_sharing_ram_preload", &C::loraWeightSharingRamPreload},
         {"lora_weight_sharing", &C::loraWeightSharing},
+        {"detachable_buffers_enabled", &C::detachableBuffersEnabled},
+        {"hard_detach_enabled", &C::hardDetachEnabled},
     };
-    for (const auto& [member, field] : flags) {
-        const LoadedConfig loaded = loadContext("\"" + std::string(member) + "\":true");
-        for (const auto& other : flags) EXPECT_EQ(loaded.contexts.at(0).*other.second, other.second == field) << member;
-    }
+    expectOwnFields(ofContexts, &ConfigRecords::contexts, R"({"context":)", "}");
 }
 
 TEST(Contexts, LoraGroupsGrowToTheirIndex) {
