@@ -19,6 +19,8 @@ std::string darlinkPath() {
     return (std::filesystem::path(SIM_BACKEND_LIBRARY).parent_path() / "windows/drivers/libdarlink.dll").string();
 }
 
+constexpr KORContextDetachableConfig DETACHABLE{KOR_CONTEXT_OPTION_DETACHABLE_BUFFERS, 1, {}};
+
 // A vote for an id; the simulated machine looks at no corner.
 PowerConfigRecord corners(uint32_t id) {
     return {{1, id, 96}};
@@ -29,8 +31,7 @@ class Simulated : public testing::Test {
 protected:
     void SetUp() override {
         ASSERT_EQ(provider.deviceGetInfrastructure(&power), 0U);
-        const KORContextDetachableConfig detachable{KOR_CONTEXT_OPTION_DETACHABLE_BUFFERS, 1, {}};
-        ASSERT_EQ(createContext(&detachable), 0U);
+        ASSERT_EQ(createContext(&DETACHABLE), 0U);
         ASSERT_EQ(sim.find<ZantSimRetrieveGraphFn>("ZantSim_retrieveGraph")(context, "g", &graph), 0U);
     }
     void TearDown() override { freeBlock(block); }
@@ -51,6 +52,11 @@ protected:
         ZantConfigWrapper wrapper{ZANT_CONFIG_OPTION_CUSTOM, 0, &record};
         void* list[] = {&wrapper, nullptr};
         return provider.contextGetProperty(context, list);
+    }
+    int64_t number(uint32_t option) {
+        ContextNumberProperty property{option, 0, -1};
+        EXPECT_EQ(ask<ContextNumberProperty&>(property), 0U);
+        return property.answer;
     }
     uint64_t setState(int32_t fileDescriptor, uint32_t state) {
         ContextBufferStateRecord record{KOR_CONTEXT_OPTION_BUFFER_STATE, fileDescriptor, state};
@@ -140,6 +146,37 @@ TEST_F(Simulated, WrongVotesFailAreNamedAndVoteNothing) {
     EXPECT_EQ(voteCount(), before);
     endless[16] = nullptr;
     EXPECT_EQ(power->setPowerConfig(id, endless.data()), 0U);
+}
+
+TEST_F(Simulated, TheCurrentVoteIsTheLastWithCornersOfALivingId) {
+    const auto currentVote = sim.find<ZantSimCurrentVoteFn>("ZantSim_currentVote");
+    const auto liveIds = sim.find<ZantSimLivePowerConfigIdsFn>("ZantSim_livePowerConfigIds");
+    uint32_t id = 0;
+    ZantSimVote current{};
+    ASSERT_EQ(power->createPowerConfigId(0, 0, &id), 0U);
+    EXPECT_EQ(currentVote(id, &current), 0U);
+    EXPECT_EQ(vote(id, corners(id)), 0U);
+    EXPECT_EQ(vote(id, {{3, 9999}}), 0U);
+    ASSERT_EQ(currentVote(id, &current), 1U) << "settings alone replace no vote";
+    EXPECT_EQ(current.records[0].words[1], id);
+    EXPECT_EQ(liveIds(), 1U);
+    EXPECT_EQ(power->destroyPowerConfigId(id), 0U);
+    EXPECT_EQ(currentVote(id, &current), 0U);
+    EXPECT_EQ(liveIds(), 0U);
+}
+
+TEST_F(Simulated, ContextsAnswerByTheScriptAndThenSizesOfTheirOwn) {
+    const ZantSimContextBuffers scripted{10, 20, 30, 3};
+    sim.find<ZantSimSetContextBuffersFn>("ZantSim_setContextBuffers")(&scripted, 1);
+    ASSERT_EQ(createContext(&DETACHABLE), 0U);
+    EXPECT_EQ(number(ZANT_CONTEXT_PROPERTY_SPILL_FILL_SIZE), 10);
+    EXPECT_EQ(number(ZANT_CONTEXT_PROPERTY_WEIGHTS_SIZE), 20);
+    EXPECT_EQ(number(ZANT_CONTEXT_PROPERTY_SPAD_BACKUP_SIZE), 30);
+    EXPECT_EQ(number(ZANT_CONTEXT_PROPERTY_DETACHABLE_COUNT), 3);
+    ASSERT_EQ(createContext(&DETACHABLE), 0U);
+    EXPECT_GT(number(ZANT_CONTEXT_PROPERTY_SPILL_FILL_SIZE), 10);
+    sim.find<ZantSimSetDetachableAnswerFn>("ZantSim_setDetachableAnswer")(int64_t{1} << 62);
+    EXPECT_EQ(number(ZANT_CONTEXT_PROPERTY_DETACHABLE_COUNT), int64_t{1} << 62);
 }
 
 TEST_F(Simulated, BuffersAreDetachedOnceTheContextIsFinalised) {
