@@ -39,7 +39,7 @@ zant::test::FakeDarlink& darlink() {
 
 void live(const std::string& document, zant::test::Road road) {
     zant::test::Neighbours neighbours(darlink());
-    zant::test::ModelLife life({createBackendInterface, destroyBackendInterface}, document.c_str(), "p");
+    zant::test::ModelLife life(zant::test::linkedFactory(), document.c_str(), "p");
     life.run(road);
     // A hook may refuse what the document asks for, and then says why; loadConfig passes some members' refusal on
     // without a line.

@@ -102,6 +102,15 @@ TEST_F(ContextHooks, WithoutSettingsThereAreNoRecords) {
     EXPECT_EQ(listOf("k"), "") << "a key's first list stays";
 }
 
+TEST_F(ContextHooks, SettingsOfGraphsAreWarnedOfWhereGraphsAreComposedAlready) {
+    load(R"({"graphs":[{"graph_names":["a"],"spad_mb":1}]})");
+    EXPECT_TRUE(compose());
+    EXPECT_THAT(m_log.takeTexts(), IsEmpty());
+    EXPECT_TRUE(fromBinary() && fromList());
+    const std::string warning = "2 Graph settings specified by user cannot be applied to an already composed graph.";
+    EXPECT_THAT(m_log.takeTexts(), ElementsAre(warning, warning));
+}
+
 // fault: a descriptor that stays open, or is closed while its context lives.
 TEST_F(ContextHooks, PatchFilesStayOpenUntilContextsGo) {
     const ScratchFolder folder;

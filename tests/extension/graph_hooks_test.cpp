@@ -116,6 +116,8 @@ TEST_F(GraphHooks, EachLeafOfFinalizeConfigMakesARecord) {
         {R"({"x":18446744073709551615,"y":-0.0,"z":1e300})",
          {"x 164 ffffffffffffffff", "y 232 80000000", "z 232 7f800000"},
          {}},
+        // On both sides of half a step above the greatest float.
+        {R"({"x":3.4028235677973362e38,"y":-3.4028235677973366e38})", {"x 232 7f7fffff", "y 232 ff800000"}, {}},
         {R"({"a":[1,{"b":"y\u0000z"}],"n":null,"%s%n":{"":2}})", {"a/0 32 1", "a/1/b 608 y", "%s%n/ 32 2"}, {}},
         {R"({"a/b":1,"c":-3})", {"a/b 0 0", "c 32 fffffffd"}, {"1 Invalid key: a/b", "1 Invalid value type: 0"}},
         {R"({"a/b":1,"a":{"b":{"c":2}}})", {"a/b 0 0", "a/b/c 32 2"}, {"1 Invalid value type: 4"}},

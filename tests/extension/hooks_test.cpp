@@ -51,6 +51,12 @@ TEST_F(HooksTest, AnEmptyObjectAnswersEveryQuestion) {
     EXPECT_TRUE(m_backend.beforeDeviceFree());
 }
 
+TEST_F(HooksTest, NamesAreSanitized) {
+    const std::pair<const char*, const char*> names[] = {
+        {"", "_"}, {"Graph_1", "Graph_1"}, {"1st graph-a", "_1st_graph_a"}, {"\xC3\xA9z", "__z"}};
+    for (const auto& [name, sanitized] : names) EXPECT_EQ(m_backend.sanitizeName(name), sanitized);
+}
+
 TEST_F(HooksTest, LoadConfigCatchesWhatTheSectionsLetOut) {
     EXPECT_FALSE(
         m_backend.loadConfig(R"({"devices":[{},{"soc_id":1}],"context":{"detachable_buffers_enabled":true}})"));
@@ -88,6 +94,20 @@ TEST_F(HooksTest, HooksNeedTheirOutPointers) {
     EXPECT_FALSE(m_backend.beforeContextCreateFromBinaryList(nullptr, &list, &count));
     EXPECT_FALSE(m_backend.beforeContextCreateFromBinaryList(&perContext, &list, nullptr));
     EXPECT_THAT(m_log.takeTexts(), testing::AllOf(testing::SizeIs(6), testing::Each(StartsWith("1 "))));
+    EXPECT_FALSE(m_backend.beforeDeviceCreate(nullptr, &count) || m_backend.beforeDeviceCreate(&list, nullptr));
+    EXPECT_THAT(m_log.takeTexts(), ElementsAre("1 Invalid device config args", "1 Invalid device config args"));
+}
+
+// A later load checks the first device's profile against its corners: there the override shows.
+TEST_F(HooksTest, ThePerfProfileOfTheHostOverridesTheDocuments) {
+    ASSERT_TRUE(bindProvider(m_backend, m_infrastructure));
+    ASSERT_TRUE(m_backend.loadConfig(R"({"devices":[{"cores":[{"perf_profile":"burst"}]}]})"));
+    for (const uint32_t profile : {21U, 22U}) {
+        EXPECT_TRUE(m_backend.setPerfProfile(profile));
+        deviceRecords();
+        EXPECT_TRUE(m_backend.afterDeviceCreate());
+        EXPECT_EQ(m_backend.loadConfig("{}"), profile == 21) << "which stands for none";
+    }
 }
 
 // Which would keep the profile that a later load finds without corners.

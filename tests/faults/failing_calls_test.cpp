@@ -9,8 +9,6 @@
 namespace zant::test {
 namespace {
 
-constexpr Factory FACTORY{createBackendInterface, destroyBackendInterface};
-
 class FailingCalls : public testing::TestWithParam<Road> {
 protected:
     void SetUp() override {
@@ -18,7 +16,7 @@ protected:
     }
 
     size_t callsOfACleanLife(bool isShort) {
-        ModelLife life(FACTORY, config.c_str(), "p");
+        ModelLife life(linkedFactory(), config.c_str(), "p");
         neighbours.fail({});
         life.run(GetParam(), isShort);
         EXPECT_EQ(life.failedHooks(), 0U) << life.firstFailed();
@@ -45,7 +43,7 @@ TEST_P(FailingCalls, OneAtATime) {
     const size_t calls = callsOfACleanLife(false);
     for (size_t call = 0; call < calls; ++call) {
         const std::string what = "call " + std::to_string(call);
-        ModelLife life(FACTORY, config.c_str(), "p");
+        ModelLife life(linkedFactory(), config.c_str(), "p");
         neighbours.fail({call});
         life.run(GetParam());
         const bool lostIds = neighbours.lostIds();
@@ -67,7 +65,7 @@ TEST_P(FailingCalls, EveryPairOfAShortLife) {
     const size_t calls = callsOfACleanLife(true);
     for (size_t first = 0; first < calls; ++first) {
         for (size_t second = first + 1; second < calls; ++second) {
-            ModelLife life(FACTORY, config.c_str(), "p");
+            ModelLife life(linkedFactory(), config.c_str(), "p");
             neighbours.fail({first, second});
             life.run(GetParam(), true);
             EXPECT_EQ(life.silentFailures(), 0U) << first << " and " << second << ", first " << life.firstFailed();
@@ -85,7 +83,7 @@ TEST_P(FailingCalls, EveryPairOfAShortLife) {
 // Out-values of calls that say success: no crash, and no memory for a number that nobody means.
 TEST_P(FailingCalls, AnswersThatNobodyMeans) {
     for (const Answer answer : {Answer::minusOne, Answer::zero, Answer::largest, Answer::changing}) {
-        ModelLife life(FACTORY, config.c_str(), "p");
+        ModelLife life(linkedFactory(), config.c_str(), "p");
         neighbours.fail({});
         neighbours.answer(answer);
         life.run(GetParam());

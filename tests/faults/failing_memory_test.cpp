@@ -10,8 +10,6 @@
 namespace zant::test {
 namespace {
 
-constexpr Factory FACTORY{createBackendInterface, destroyBackendInterface};
-
 class FailingMemory : public testing::TestWithParam<Road> {
 protected:
     void SetUp() override {
@@ -22,7 +20,7 @@ protected:
     void failEach(bool fromThenOn) {
         const size_t descriptors = openDescriptors();
         {
-            ModelLife warmUp(FACTORY, config.c_str(), "p");
+            ModelLife warmUp(linkedFactory(), config.c_str(), "p");
             warmUp.run(GetParam());
         }  // what is made once in a process
         int failAt = 0;
@@ -30,7 +28,7 @@ protected:
             const size_t before = liveAllocations();
             neighbours.fail({});
             {
-                ModelLife life(FACTORY, config.c_str(), "p");
+                ModelLife life(linkedFactory(), config.c_str(), "p");
                 failAllocation(failAt, fromThenOn);
                 life.run(GetParam());
                 failed = !failAllocation(-1);
@@ -69,7 +67,7 @@ TEST_P(FailingMemory, FromThenOn) {
 TEST_P(FailingMemory, ThreadsThatDoNotStart) {
     const std::string async = everyOption("", true);
     for (int start = 0; start < 2; ++start) {
-        ModelLife life(FACTORY, async.c_str(), "p");
+        ModelLife life(linkedFactory(), async.c_str(), "p");
         neighbours.fail({});
         {
             const FailingThread failing(start);

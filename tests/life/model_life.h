@@ -36,6 +36,11 @@ struct Factory {
     void (*destroy)(tools::runhost::IBackend* backend);
 };
 
+// Those that the program itself is linked with.
+inline Factory linkedFactory() {
+    return {createBackendInterface, destroyBackendInterface};
+}
+
 // One object of the library and what became of it. A hook whose arguments the host has no memory for is left out.
 class ModelLife {
 public:

@@ -1,4 +1,4 @@
-// What the environment may not do.
+// What the environment and the working directory may not do.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "platform/dynamic_loader.h"
 #include "platform/system.h"
 #include "support/environment.h"
 #include "support/scratch_folder.h"
@@ -44,6 +45,16 @@ TEST(Environment, APrivilegedProcessIgnoresTheMachineThatItNames) {
     const std::string output = outputOf(probe);
     if (output.starts_with("plain")) GTEST_SKIP() << "programs of other users run with one's own rights here";
     EXPECT_EQ(output, "privileged \n");
+}
+
+// fault: a library that lies in the working directory is loaded for one of the system's.
+TEST(Environment, ADecoyInTheWorkingDirectoryIsNotLoaded) {
+    const ScratchFolder folder;
+    fs::copy_file(TEST_MODULE_PATH, folder.path("decoy.dll"));
+    const fs::path before = fs::current_path();
+    fs::current_path(folder.path(""));
+    EXPECT_EQ(loader::dlOpen("decoy.dll", loader::DL_NOW | loader::DL_LOCAL), nullptr);
+    fs::current_path(before);
 }
 
 // fault: a character that is cut off at the end takes what lies behind the variable for its rest.
