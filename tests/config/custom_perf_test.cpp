@@ -158,6 +158,12 @@ TEST(CustomPerf, ProfileAndCornersGoTogether) {
     const std::string needs =
         "1 Performance profile CUSTOM requires custom configuration of Core and Bus voltage corners.";
     const std::string custom = R"({"cores":[{"perf_profile":"custom"}]})";
+    const std::string unasked =
+        "1 Custom configuration of Bus and Core voltage corners requires perfProfile specification as CUSTOM";
+    const LoadedConfig burst =
+        loadCore(R"("custom":[{"graphState":["init_done"],"dcvsControl":{"enableDcvs":true)" + PLAIN + "}}]", "burst");
+    EXPECT_FALSE(burst.result);
+    EXPECT_THAT(burst.texts, ElementsAre(unasked));
     // Only the first device is checked, and the check comes whatever the sections said.
     checkComplaints({
         {R"({"devices":[{"cores":[{"perf_profile":"custom","druControl":{"druPerfMode":1}}]}]})", false, {needs}},

@@ -89,6 +89,25 @@ TEST_F(ContextHooks, EachRoadTakesItsOptionsInOrder) {
     EXPECT_TRUE(m_backend->afterContextCreateFromBinaryList() && m_backend->beforeContextFree({}));
 }
 
+// fault: records of an earlier pair of hooks that stay.
+TEST_F(ContextHooks, PairsOfHooksLeaveNothingBehind) {
+    load(everyOption("", false));
+    GraphConfigInfo_t** infos = nullptr;
+    const auto live = [&] {
+        EXPECT_TRUE(compose() && m_backend->afterContextCreate());
+        EXPECT_TRUE(fromBinary() && m_backend->afterContextCreateFromBinary());
+        EXPECT_TRUE(fromList() && m_backend->afterContextCreateFromBinaryList());
+        EXPECT_TRUE(m_backend->beforeGraphsCompose(&infos, &m_count) && m_backend->afterGraphsCompose());
+        EXPECT_TRUE(m_backend->beforeGraphExecute("decoder", &m_list, &m_count) && m_backend->afterGraphExecute());
+        m_perContext.clear();
+        m_log.take();
+        return liveAllocations();
+    };
+    live();
+    const size_t before = live();
+    EXPECT_EQ(live(), before);
+}
+
 TEST_F(ContextHooks, WithoutSettingsThereAreNoRecords) {
     load("{}");
     EXPECT_TRUE(compose() && fromBinary());

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "platform/system.h"
+#include "support/scratch_folder.h"
 
 namespace zant::loader {
 namespace {
@@ -78,6 +79,19 @@ TEST_F(DynamicLoaderTest, ALocalModuleIsHiddenUntilItIsOpenedGlobally) {
     EXPECT_EQ(dlOpen(TEST_MODULE_PATH, DL_NOW | DL_GLOBAL), module);
     EXPECT_EQ(dlSym(DL_DEFAULT, ANSWER), reinterpret_cast<void*>(answer));
     for (int reference = 0; reference < 2; ++reference) EXPECT_EQ(dlClose(module), 0);
+}
+
+// fault: the first hidden module ends the search.
+TEST_F(DynamicLoaderTest, AVisibleModuleIsFoundBehindAHiddenOne) {
+    const test::ScratchFolder folder;
+    const std::string copy = folder.path("copy_of_test_module.dll");
+    std::filesystem::copy_file(TEST_MODULE_PATH, copy);
+    void* const hidden = dlOpen(TEST_MODULE_PATH, NOW_LOCAL);
+    void* const visible = dlOpen(copy.c_str(), DL_NOW | DL_GLOBAL);
+    ASSERT_NE(visible, nullptr);
+    EXPECT_EQ(dlSym(DL_DEFAULT, ANSWER), dlSym(visible, ANSWER));
+    EXPECT_EQ(dlClose(visible), 0);
+    EXPECT_EQ(dlClose(hidden), 0);
 }
 
 TEST_F(DynamicLoaderTest, AModuleThatWasThereBeforeStaysVisibleAndClosingEndsLocality) {

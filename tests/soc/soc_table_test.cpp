@@ -115,6 +115,12 @@ TEST(SocTable, KeysAndIdentifiersStandOnceButForOne) {
     for (const auto& [key, chip] : chips()) {
         EXPECT_EQ(chip.facts().socKey, key);
         for (const uint32_t id : chip.facts().socIds) rowsOfId[id].push_back(key);
+        const DspInfo& dsp = chip.facts().dspInfos.at(0);
+        EXPECT_EQ(dsp.cap41, dsp.arch == 0 ? 0 : key);
+        if (dsp.cap22 == 0) continue;  // the figures go together
+        EXPECT_EQ(std::tie(dsp.cap18, dsp.cap19, dsp.cap20, dsp.cap24), std::make_tuple(1024U, 7U, 7U, 1U));
+        EXPECT_TRUE(dsp.cap23 == 4 || dsp.cap23 == 8);
+        EXPECT_TRUE(dsp.cap25 == 6 || dsp.cap25 == 12);
     }
     EXPECT_EQ(unused, (Values{2, 3, 4, 7, 8, 9, 14, 22, 44, 108, 114, 122}));
     EXPECT_EQ(rowsOfId.at(688), (std::vector<uint32_t>{66, 89}));
