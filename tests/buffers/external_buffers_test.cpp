@@ -88,21 +88,21 @@ TEST_F(ExternalBuffers, PoolIdsAreANameAndACount) {
 
 // fault: kinds that share an id are registered twice, or a kind's size goes to another pool.
 TEST_F(ExternalBuffers, APoolIsSizedForItsNeediestContextAndWeightsStayApart) {
-    EXPECT_FALSE(add({"p:2", "p:2", "p:2"}, 1, {10, 7, 4}));
-    EXPECT_TRUE(add({"p:2", "p:2", "p:2"}, 2, {30, 5, 0}));
+    EXPECT_FALSE(add({"p:2", "p:2", "p:2"}, 1, {10, 7, 0}));
+    EXPECT_TRUE(add({"p:2", "p:2", "p:2"}, 2, {30, 5, 4}));
     EXPECT_TRUE(pools.finalizeAllPools());
     EXPECT_THAT(blocks(), ElementsAre("30", "7", "4"));
     const std::vector<std::string> calls = backend.takeCalls();
     ASSERT_THAT(calls, SizeIs(5));
     EXPECT_EQ(calls[1], "register ctx=2 type=3 size=30 fd=100 offset=0 rank=1 dims=1 dtype=108 kind=2 n=1");
     EXPECT_EQ(calls[2], "register ctx=1 type=4 size=7 fd=101 offset=0 rank=1 dims=1 dtype=108 kind=2 n=1");
-    EXPECT_EQ(calls[4], "register ctx=1 type=2 size=4 fd=102 offset=0 rank=1 dims=1 dtype=108 kind=2 n=1");
+    EXPECT_EQ(calls[4], "register ctx=2 type=2 size=4 fd=102 offset=0 rank=1 dims=1 dtype=108 kind=2 n=1");
     const auto buffers = pools.buffersOfContexts();
     ASSERT_THAT(buffers, SizeIs(2));
     EXPECT_EQ(buffers[0].spillFill, buffers[1].spillFill);
     EXPECT_EQ(buffers[0].spadBackup, buffers[1].spadBackup);
-    EXPECT_NE(buffers[0].weights, nullptr);
-    EXPECT_EQ(buffers[1].weights, nullptr);
+    EXPECT_EQ(buffers[0].weights, nullptr);
+    EXPECT_NE(buffers[1].weights, nullptr);
 
     // A context that joins later shares what there is.
     EXPECT_TRUE(add({"p:2", "", ""}, 3, {99, 0, 0}));

@@ -112,17 +112,19 @@ TEST_F(ContextHooks, WithoutSettingsThereAreNoRecords) {
     load("{}");
     EXPECT_TRUE(compose() && fromBinary());
     EXPECT_EQ(m_count, 77U);
-    load(R"({"context":[{"contextKey":"k"},{"prepare_only":true},{"contextKey":"k","init_acceleration":true}]})");
+    load(R"({"context":[{"contextKey":"k"},{"prepare_only":true},{"contextKey":"k","init_acceleration":true},)"
+         R"({"contextKey":"l","init_acceleration":true}]})");
     EXPECT_TRUE(compose());
     EXPECT_EQ(m_count, 0U);
     EXPECT_TRUE(fromList());
     EXPECT_EQ(common(), "10:0");
-    EXPECT_EQ(m_perContext.size(), 1U);
+    EXPECT_EQ(m_perContext.size(), 2U);
     EXPECT_EQ(listOf("k"), "") << "a key's first list stays";
+    EXPECT_EQ(listOf("l"), "8:1");
 }
 
 TEST_F(ContextHooks, SettingsOfGraphsAreWarnedOfWhereGraphsAreComposedAlready) {
-    load(R"({"graphs":[{"graph_names":["a"],"spad_mb":1}]})");
+    load(R"({"graphs":[{"graph_names":["a"],"slu_threads":1},{"graph_names":["b"],"spad_mb":1}]})");
     EXPECT_TRUE(compose());
     EXPECT_THAT(m_log.takeTexts(), IsEmpty());
     EXPECT_TRUE(fromBinary() && fromList());

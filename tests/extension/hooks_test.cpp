@@ -130,6 +130,18 @@ TEST_F(HooksTest, EachHookVotesForItsState) {
     EXPECT_THAT(latencies({m_backend.beforeContextFree({}), m_backend.afterContextFree()}), ElementsAre(14, 15));
 }
 
+TEST_F(HooksTest, AfterDeviceCreateTellsWhatFailed) {
+    EXPECT_FALSE(m_backend.afterDeviceCreate()) << "beforeDeviceCreate comes first";
+    ASSERT_TRUE(bindProvider(m_backend, m_infrastructure));
+    for (const std::string failing : {"create", "memory", ""}) {
+        m_infrastructure.answer = [&](const std::string& call) {
+            return !failing.empty() && call.starts_with(failing) ? 5U : 0U;
+        };
+        deviceRecords();
+        EXPECT_EQ(m_backend.afterDeviceCreate(), failing.empty()) << failing;
+    }
+}
+
 TEST_F(HooksTest, HooksNeedTheirOutPointers) {
     ZantConfigWrapper** list = nullptr;
     GraphConfigInfo_t** infos = nullptr;

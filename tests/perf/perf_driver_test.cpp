@@ -144,6 +144,14 @@ TEST_F(PerfDriverTest, AHoldIsEndedWithoutAVoteOrRunsOut) {
     }
 }
 
+TEST_F(PerfDriverTest, AHoldRunsInTheClockTickOfItsStart) {
+    FakeClock still;
+    DriverTest::begin(still, 5);
+    EXPECT_THAT(after(RUN_DONE), IsEmpty());
+    EXPECT_THAT(after(RUN_START), IsEmpty());
+    m_driver.reset();
+}
+
 TEST_F(PerfDriverTest, AnExpiryVotesUnlessTheGraphIsBusy) {
     const std::pair<uint8_t, bool> events[] = {{RUN_START, true},    {INIT_START, true}, {RUN_DONE, false},
                                                {DEINIT_START, true}, {INIT_DONE, true},  {DEINIT_DONE, false}};

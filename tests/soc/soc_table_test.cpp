@@ -115,6 +115,10 @@ TEST(SocTable, KeysAndIdentifiersStandOnceButForOne) {
     for (const auto& [key, chip] : chips()) {
         EXPECT_EQ(chip.facts().socKey, key);
         for (const uint32_t id : chip.facts().socIds) rowsOfId[id].push_back(key);
+        const GpuInfo& gpu = chip.facts().gpuInfos.at(0);
+        const Values sides = {gpu.image2DMaxWidth, gpu.image2DMaxHeight, gpu.image2DArrayMaxWidth,
+                              gpu.image2DArrayMaxHeight};
+        EXPECT_EQ(sides.size(), 1U) << key;
         const DspInfo& dsp = chip.facts().dspInfos.at(0);
         EXPECT_EQ(dsp.cap41, dsp.arch == 0 ? 0 : key);
         if (dsp.cap22 == 0) continue;  // the figures go together
