@@ -27,7 +27,7 @@ std::vector<std::string> voteList(const rapidjson::Document& report) {
 }
 
 TEST(Votes, OfTheExampleAreHeldBetweenRunsAndFallInThePause) {
-    const rapidjson::Document report = json("run" + asMachine("chip538") + " --execute-ms 5");
+    const rapidjson::Document report = json("run" + asMachine("chip538") + " --execute-ms 5 --final-pause-ms 900");
     EXPECT_THAT(
         voteList(report),
         testing::ElementsAre("Finalize host MAX_VOLTAGE_CORNER", "Finalize host SVS",
@@ -44,7 +44,7 @@ TEST(Votes, WithoutAVotingThreadComeFromHostAndTimer) {
     const TemporaryDocument document(
         R"({"devices":[{"core_id":[3],"async_voting":false,"cores":[{"perf_profile":"balanced"}]}]})");
     const rapidjson::Document report =
-        json("run '" + document.path() + "' --profile sustained_high_performance --final-pause-ms 400");
+        json("run '" + document.path() + "' --profile sustained_high_performance --final-pause-ms 900");
     EXPECT_THAT(voteList(report), testing::IsSupersetOf({"Run 1 host TURBO", "Pause timer SVS"}));
     const auto& last = report["votes"][report["votes"].Size() - 1];
     EXPECT_EQ(last["core"].GetUint(), 3U);
