@@ -135,9 +135,13 @@ TEST_F(ExternalBuffers, PoolsWaitForEachOtherAndRefuseAnotherCount) {
     EXPECT_THAT(log.takeTexts(), IsEmpty());
     EXPECT_FALSE(add({"r:1", "p:3", ""}, 2, {}));
     EXPECT_FALSE(add({"", "", ""}, 2, {}));
+    SharedBufferPool whole;
+    EXPECT_TRUE(whole.registerContext({"p:1", "", ""}, contextHandle(1), {}, backend.functions()));
+    EXPECT_FALSE(whole.registerContext({"p:2", "", ""}, contextHandle(2), {}, backend.functions()));
     EXPECT_THAT(log.takeTexts(),
                 ElementsAre("1 SharedBufferPool::registerContext: pool \"p\" expected count mismatch (2 vs 3)",
-                            "1 SharedBufferPool::registerContext: all pool IDs are empty"));
+                            "1 SharedBufferPool::registerContext: all pool IDs are empty",
+                            "1 SharedBufferPool::registerContext: pool \"p\" expected count mismatch (1 vs 2)"));
     EXPECT_THAT(pools.buffersOfContexts(), SizeIs(4));  // in p, in q twice, and in r before the failure
 }
 

@@ -177,6 +177,7 @@ TEST(Contexts, TheNewFormOfGraphSplittingWins) {
         R"("graph_splitting_configs":{"num_prepare_threads":"auto","graph_splitting_enabled":false})";
     for (const std::string& members : {old + "," + now, now + "," + old}) {
         const LoadedConfig loaded = loadContext(members);
+        EXPECT_TRUE(loaded.result);
         EXPECT_THAT(loaded.texts, testing::Contains(warning));
         EXPECT_FALSE(loaded.contexts.at(0).graphSplittingEnabled) << members;
         EXPECT_EQ(loaded.contexts.at(0).numPrepareThreads, 0xFFFFFFFFU);
@@ -196,6 +197,12 @@ TEST(Contexts, KeysThatOnlyHoldTheWordCount) {
     EXPECT_TRUE(nested.contexts[1].prepareOnly);
     const C group = loadContext(R"("group_id":0,"x_group_id":5)").contexts.at(0);
     EXPECT_TRUE(group.partOfNewGroup && group.groupId == 5) << "a group that was new stays so";
+    for (const uint32_t id : {0U, 5U}) {
+        const C other =
+            loadContext(R"("concurrent_group_registration":{"group_id":)" + std::to_string(id) + "}").contexts.at(0);
+        EXPECT_EQ(other.concurrentPartOfNewGroup, id == 0);
+        EXPECT_TRUE(other.concurrentGroupId == id && !other.partOfNewGroup);
+    }
 }
 
 TEST(Sections, Complaints) {

@@ -97,6 +97,7 @@ TEST_F(ContextHooks, PairsOfHooksLeaveNothingBehind) {
         EXPECT_TRUE(compose() && m_backend->afterContextCreate());
         EXPECT_TRUE(fromBinary() && m_backend->afterContextCreateFromBinary());
         EXPECT_TRUE(fromList() && m_backend->afterContextCreateFromBinaryList());
+        EXPECT_EQ(m_count, 3U);
         EXPECT_TRUE(m_backend->beforeGraphsCompose(&infos, &m_count) && m_backend->afterGraphsCompose());
         EXPECT_TRUE(m_backend->beforeGraphExecute("decoder", &m_list, &m_count) && m_backend->afterGraphExecute());
         m_perContext.clear();

@@ -167,7 +167,7 @@ KORCoreConfig customCore() {
     }
     for (const size_t state : {1U, 2U, 5U}) {
         auto& custom = core.customPerfStates[state];
-        custom.dcvsExp = {8, 1002, 0, 31, 32, 33, 34, 35, 36, 37, 38};
+        custom.dcvsExp = {8, 1002, 1, 31, 32, 33, 34, 35, 36, 37, 38};
         custom.cengExp = {41, 42, 43, 44};
         custom.dcvsExpControlSet = custom.cengExpControlSet = true;
     }
@@ -183,7 +183,7 @@ KORCoreConfig customCore() {
 
 TEST_F(PowerVotesTest, CustomStatesInBothForms) {
     const Words legacy = {1, 101, 1, 0, 7, 1, 1001, 1, 1, 1, 11, 12, 13, 1, 14, 15, 16};
-    const Words expanded = {9, 101, 8, 1, 1002, 1, 0, 1, 31, 32, 33, 1, 34, 35, 36, 37, 38};
+    const Words expanded = {9, 101, 8, 1, 1002, 1, 1, 1, 31, 32, 33, 1, 34, 35, 36, 37, 38};
     const Words dru = {5, 1, 51, 52, 53, 54};
     const Words defaultDru = {5, 1};
     const Words cengExp = {10, 41, 42, 43, 44};
