@@ -119,6 +119,9 @@ TEST(SocTable, KeysAndIdentifiersStandOnceButForOne) {
         const Values sides = {gpu.image2DMaxWidth, gpu.image2DMaxHeight, gpu.image2DArrayMaxWidth,
                               gpu.image2DArrayMaxHeight};
         EXPECT_EQ(sides.size(), 1U) << key;
+        const uint32_t unit = *sides.begin() == 0 ? 0 : 1024;
+        EXPECT_EQ(std::tie(gpu.maxWorkGroupSize, gpu.baseAddrAlignment), std::tie(unit, unit));
+        EXPECT_EQ(gpu.image2DArrayMaxDepth, 2 * unit);
         const DspInfo& dsp = chip.facts().dspInfos.at(0);
         EXPECT_EQ(dsp.cap41, dsp.arch == 0 ? 0 : key);
         if (dsp.cap22 == 0) continue;  // the figures go together
