@@ -134,7 +134,7 @@ TEST_F(HooksTest, AfterDeviceCreateTellsWhatFailed) {
     EXPECT_FALSE(m_backend.afterDeviceCreate()) << "beforeDeviceCreate comes first";
     ASSERT_TRUE(bindProvider(m_backend, m_infrastructure));
     for (const std::string failing : {"create", "memory", ""}) {
-        m_infrastructure.answer = [&](const std::string& call) {
+        m_infrastructure.answer = [failing](const std::string& call) {
             return !failing.empty() && call.starts_with(failing) ? 5U : 0U;
         };
         deviceRecords();
