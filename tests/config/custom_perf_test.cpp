@@ -61,6 +61,8 @@ std::string corners(const std::string& table, const std::vector<std::string>& un
 }
 const std::string PLAIN = corners("VOLTAGE", {"bus", "core"});
 const std::string EXP = corners("EXP", {"bus", "core"});
+const std::string UNASKED =
+    "1 Custom configuration of Bus and Core voltage corners requires perfProfile specification as CUSTOM";
 const std::string MODE = R"(,"powerMode":"ZANT_KOR_PERF_INFRASTRUCTURE_POWERMODE_PERFORMANCE_MODE")";
 
 LoadedConfig loadCore(const std::string& members, const std::string& profile = "custom") {
@@ -136,11 +138,7 @@ TEST(CustomPerf, Refusals) {
          "||||||",
          {"2 Graph state in a backend config must be set to apply custom performance configuration\n"}},
         {R"("custom":{"x":1,)" + legacy, false, "||||||", {}},
-        {R"("custom":{)" + legacy,
-         false,
-         "|d||d||d|",
-         {"1 Invalid Voltage Corner Passed : x",
-          "1 Custom configuration of Bus and Core voltage corners requires perfProfile specification as CUSTOM"}},
+        {R"("custom":{)" + legacy, false, "|d||d||d|", {"1 Invalid Voltage Corner Passed : x", UNASKED}},
     };
     for (const auto& [members, result, applied, texts] : cases) {
         const LoadedConfig loaded = loadCore(members, "burst");
@@ -158,12 +156,10 @@ TEST(CustomPerf, ProfileAndCornersGoTogether) {
     const std::string needs =
         "1 Performance profile CUSTOM requires custom configuration of Core and Bus voltage corners.";
     const std::string custom = R"({"cores":[{"perf_profile":"custom"}]})";
-    const std::string unasked =
-        "1 Custom configuration of Bus and Core voltage corners requires perfProfile specification as CUSTOM";
     const LoadedConfig burst =
         loadCore(R"("custom":[{"graphState":["init_done"],"dcvsControl":{"enableDcvs":true)" + PLAIN + "}}]", "burst");
     EXPECT_FALSE(burst.result);
-    EXPECT_THAT(burst.texts, ElementsAre(unasked));
+    EXPECT_THAT(burst.texts, ElementsAre(UNASKED));
     // Only the first device is checked, and the check comes whatever the sections said.
     checkComplaints({
         {R"({"devices":[{"cores":[{"perf_profile":"custom","druControl":{"druPerfMode":1}}]}]})", false, {needs}},

@@ -88,11 +88,32 @@ TEST(ExecuteHooksShortage, AnyAllocationOfARunMayFail) {
     }
 }
 
+// Custom votes for all six states, told apart by their sleep latencies 10 to 15.
+std::string customDocument() {
+    std::string custom;
+    int latency = 10;
+    for (const char* state :
+         {"init_start", "init_done", "inference_start", "inference_done", "deinit_start", "deinit_done"}) {
+        custom += (custom.empty() ? "" : ",") + (R"({"graphState":[")" + std::string(state)) +
+                  R"("],"dcvsExpControl":{"powerMode":"ZANT_KOR_PERF_INFRASTRUCTURE_POWERMODE_PERFORMANCE_MODE",)" +
+                  R"("sleep_latency_us":)" + std::to_string(latency++);
+        for (const char* corner : {"busVoltageCornerMin", "busVoltageCornerTarget", "busVoltageCornerMax",
+                                   "coreVoltageCornerMin", "coreVoltageCornerTarget", "coreVoltageCornerMax"}) {
+            custom += ",\"" + std::string(corner) + R"(":"DCVS_EXP_VCORNER_SVS")";
+        }
+        custom += "}}";
+    }
+    return R"({"devices":[{"async_voting":false,"cores":[{"perf_profile":"custom","custom":[)" + custom + "]}]}]}";
+}
+
+// fault: a hook that votes for another stage of the life than its own.
 TEST_F(ExecuteHooks, EachStageVotesThroughALiveDriver) {
-    startDriver(R"({"devices":[{"async_voting":false,"cores":[{"perf_profile":"balanced"}]}]})");
+    startDriver(customDocument());
+    const std::vector<uint32_t> ofStages = {10, 11, 12, 13, 10, 11, 10, 11, 10, 11, 14, 15};
     std::map<std::string, std::pair<uint32_t, ZantConfigWrapper**>> perContext;
     for (const bool hasDriver : {true, false}) {
         m_infrastructure.takeVotes();
+        EXPECT_TRUE(m_backend.beforeContextCreate(&m_list, &m_count) && m_backend.afterContextCreate());
         EXPECT_TRUE(m_backend.beforeGraphFinalize() && m_backend.afterGraphFinalize());
         EXPECT_TRUE(m_backend.beforeGraphExecute("g", &m_list, &m_count) && m_backend.afterGraphExecute());
         EXPECT_TRUE(m_backend.beforeContextCreateFromBinary(&m_list, &m_count));
@@ -101,7 +122,9 @@ TEST_F(ExecuteHooks, EachStageVotesThroughALiveDriver) {
         EXPECT_TRUE(m_backend.afterContextCreateFromBinaryList());
         EXPECT_TRUE(m_backend.beforeContextApplyBinarySection() && m_backend.afterContextApplyBinarySection());
         EXPECT_TRUE(m_backend.beforeContextFree({}) && m_backend.afterContextFree());
-        EXPECT_EQ(m_infrastructure.takeVotes().size(), hasDriver ? 12U : 0U);
+        std::vector<uint32_t> latencies;
+        for (const Vote& vote : m_infrastructure.takeVotes()) latencies.push_back(vote.records.at(0).at(4));
+        EXPECT_EQ(latencies, hasDriver ? ofStages : std::vector<uint32_t>());
         EXPECT_EQ(linesWith("PerfDriver not available ").size(), hasDriver ? 0U : 12U);
         EXPECT_TRUE(m_backend.beforeDeviceFree());
         m_log.take();

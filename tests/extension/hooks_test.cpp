@@ -82,54 +82,6 @@ TEST_F(HooksTest, DeviceRecordsStandInTheirOrder) {
     EXPECT_THAT(deviceRecords(), ElementsAre("2:3,1", "5:3,1", "1:3,73", "0:475,0", "4:3,1"));
 }
 
-// Custom votes for all six states, told apart by their sleep latencies 10 to 15.
-std::string customDocument() {
-    std::string custom;
-    int latency = 10;
-    for (const char* state :
-         {"init_start", "init_done", "inference_start", "inference_done", "deinit_start", "deinit_done"}) {
-        custom += (custom.empty() ? "" : ",") + (R"({"graphState":[")" + std::string(state)) +
-                  R"("],"dcvsExpControl":{"powerMode":"ZANT_KOR_PERF_INFRASTRUCTURE_POWERMODE_PERFORMANCE_MODE",)" +
-                  R"("sleep_latency_us":)" + std::to_string(latency++);
-        for (const char* corner : {"busVoltageCornerMin", "busVoltageCornerTarget", "busVoltageCornerMax",
-                                   "coreVoltageCornerMin", "coreVoltageCornerTarget", "coreVoltageCornerMax"}) {
-            custom += ",\"" + std::string(corner) + R"(":"DCVS_EXP_VCORNER_SVS")";
-        }
-        custom += "}}";
-    }
-    return R"({"devices":[{"async_voting":false,"cores":[{"perf_profile":"custom","custom":[)" + custom + "]}]}]}";
-}
-
-// fault: a hook that votes for another stage of the life than its own.
-TEST_F(HooksTest, EachHookVotesForItsState) {
-    ASSERT_TRUE(bindProvider(m_backend, m_infrastructure) && m_backend.loadConfig(customDocument()));
-    deviceRecords();
-    ASSERT_TRUE(m_backend.afterDeviceCreate());
-    m_infrastructure.takeVotes();
-    ZantConfigWrapper** list = nullptr;
-    std::map<std::string, std::pair<uint32_t, ZantConfigWrapper**>> perContext;
-    uint32_t count = 0;
-    const auto latencies = [&](std::initializer_list<bool> results) {
-        EXPECT_THAT(results, testing::Each(true));
-        std::vector<uint32_t> words;
-        for (const Vote& vote : m_infrastructure.takeVotes()) words.push_back(vote.records.at(0).at(4));
-        return words;
-    };
-    EXPECT_THAT(latencies({m_backend.beforeContextCreate(&list, &count), m_backend.afterContextCreate()}), IsEmpty());
-    EXPECT_THAT(latencies({m_backend.beforeGraphFinalize(), m_backend.afterGraphFinalize()}), ElementsAre(10, 11));
-    EXPECT_THAT(
-        latencies({m_backend.beforeContextCreateFromBinary(&list, &count), m_backend.afterContextCreateFromBinary()}),
-        ElementsAre(10, 11));
-    EXPECT_THAT(latencies({m_backend.beforeContextCreateFromBinaryList(&perContext, &list, &count),
-                           m_backend.afterContextCreateFromBinaryList()}),
-                ElementsAre(10, 11));
-    EXPECT_THAT(latencies({m_backend.beforeContextApplyBinarySection(), m_backend.afterContextApplyBinarySection()}),
-                ElementsAre(10, 11));
-    EXPECT_THAT(latencies({m_backend.beforeGraphExecute("g", &list, &count), m_backend.afterGraphExecute()}),
-                ElementsAre(12, 13));
-    EXPECT_THAT(latencies({m_backend.beforeContextFree({}), m_backend.afterContextFree()}), ElementsAre(14, 15));
-}
-
 TEST_F(HooksTest, AfterDeviceCreateTellsWhatFailed) {
     EXPECT_FALSE(m_backend.afterDeviceCreate()) << "beforeDeviceCreate comes first";
     ASSERT_TRUE(bindProvider(m_backend, m_infrastructure));
