@@ -195,6 +195,9 @@ TEST(Contexts, KeysThatOnlyHoldTheWordCount) {
     const LoadedConfig nested = loadDocument(R"({"a":{"context":[{"prepare_only":true},{"prepare_only":true}]}})");
     ASSERT_EQ(nested.contexts.size(), 2U);
     EXPECT_TRUE(nested.contexts[1].prepareOnly);
+}
+
+TEST(Contexts, AGroupOfNumberZeroIsNew) {
     const C group = loadContext(R"("group_id":0,"x_group_id":5)").contexts.at(0);
     EXPECT_TRUE(group.partOfNewGroup && group.groupId == 5) << "a group that was new stays so";
     for (const uint32_t id : {0U, 5U}) {
