@@ -3,8 +3,12 @@
 
 #include <exception>
 
-#include "commands.h"
-#include "paths.h"
+#include "check/command_check.h"
+#include "check/command_schema.h"
+#include "chip/command_chip.h"
+#include "machine/paths.h"
+#include "profiles/command_profiles.h"
+#include "run/command_run.h"
 
 namespace {
 

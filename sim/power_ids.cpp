@@ -140,3 +140,8 @@ uint32_t ZantSim_threadNumber() {
     thread_local const uint32_t number = ++count;
     return number;
 }
+
+void ZantSim_threadName(char name[ZANT_SIM_THREAD_NAME]) {
+    const std::string text = zant::sim::threadName();
+    name[text.copy(name, ZANT_SIM_THREAD_NAME - 1)] = 0;
+}

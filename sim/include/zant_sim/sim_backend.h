@@ -96,6 +96,8 @@ size_t ZantSim_livePowerConfigIds();
 uint64_t ZantSim_elapsedNs();
 // The calling thread's number: 1, 2, ... in the order in which threads were first seen.
 uint32_t ZantSim_threadNumber();
+// Its name as votes carry it: cut to what fits, and empty when it has none.
+void ZantSim_threadName(char name[ZANT_SIM_THREAD_NAME]);
 
 // What a host does with a real backend's own functions. Config lists go with a count; a null handle is a failure.
 // Handles are numbers that are never reused and never point at anything.
@@ -132,6 +134,7 @@ using ZantSimCurrentVoteFn = decltype(&ZantSim_currentVote);
 using ZantSimLivePowerConfigIdsFn = decltype(&ZantSim_livePowerConfigIds);
 using ZantSimElapsedNsFn = decltype(&ZantSim_elapsedNs);
 using ZantSimThreadNumberFn = decltype(&ZantSim_threadNumber);
+using ZantSimThreadNameFn = decltype(&ZantSim_threadName);
 using ZantSimSetApiVersionFn = decltype(&ZantSim_setApiVersion);
 using ZantSimSetProvidersFn = decltype(&ZantSim_setProviders);
 using ZantSimCreateDeviceFn = decltype(&ZantSim_createDevice);

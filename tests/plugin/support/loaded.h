@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "platform.h"
+#include "machine/platform.h"
 #include "zant_sim/sim_backend.h"
 #include "zelmar_kor/backend_extensions.h"
 

@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "platform.h"
+#include "machine/platform.h"
 #include "plugin/support/system.h"
 
 namespace testing_support {

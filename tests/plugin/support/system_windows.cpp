@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "platform.h"
+#include "machine/platform.h"
 
 namespace testing_support {
 
